@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 namespace quelm {
 
@@ -58,8 +59,10 @@ public:
         return JsonReader(*it, std::move(childPath));
     }
 
-    template<class Decode>
-    auto optionalMember(std::string_view key, Decode decode) const -> std::optional<decltype(decode(member(key)))>
+    // The value type is named through a default argument: clang rejects calling `member` on this
+    // still incomplete class in a trailing return type.
+    template<class Decode, class Value = std::invoke_result_t<Decode, const JsonReader&>>
+    std::optional<Value> optionalMember(std::string_view key, Decode decode) const
     {
         if (isAbsent(key))
             return std::nullopt;
@@ -159,11 +162,45 @@ private:
     std::string m_path;
 };
 
+// Our documents nest three levels deep. The parsed tree is walked recursively (on copy,
+// comparison, output), so a hostile file of a million "[" must be refused before it is built.
+constexpr int maximumNesting = 64;
+
+// Whether brackets outside strings open more than `limit` levels at some point. Only looks at the
+// structure; whether the text is JSON at all is left to the parser.
+bool nestsDeeperThan(std::string_view text, int limit)
+{
+    int depth = 0;
+    bool inString = false;
+    bool escaped = false;
+    for (char c : text) {
+        if (inString) {
+            if (escaped)
+                escaped = false;
+            else if (c == '\\')
+                escaped = true;
+            else if (c == '"')
+                inString = false;
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            if (++depth > limit)
+                return true;
+        } else if (c == ']' || c == '}') {
+            --depth;
+        }
+    }
+    return false;
+}
+
 Json parseDocument(std::string_view text)
 {
+    if (nestsDeeperThan(text, maximumNesting))
+        throw DecodingError("", "nested deeper than " + std::to_string(maximumNesting) + " levels");
     try {
         return Json::parse(text.begin(), text.end());
-    } catch (const Json::parse_error& error) {
+    } catch (const Json::exception& error) {
+        // parse_error, but also out_of_range for a number such as 1e400 that no double holds.
         throw DecodingError("", std::string("not valid JSON (") + error.what() + ")");
     }
 }

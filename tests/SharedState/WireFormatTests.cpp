@@ -66,6 +66,9 @@ TEST(WireFormat, NullOptionalsAndNullGroupsReadAsAbsentOrEmpty)
 struct GroupFallbackCase {
     const char* counts;
     bool expectedActive;
+
+    // Names the case in test output by its document rather than by its bytes.
+    friend void PrintTo(const GroupFallbackCase& c, std::ostream* out) { *out << c.counts; }
 };
 
 class GroupActiveFallback : public testing::TestWithParam<GroupFallbackCase> { };
@@ -83,7 +86,8 @@ INSTANTIATE_TEST_SUITE_P(Counts, GroupActiveFallback,
         GroupFallbackCase { R"("memberCount":3,"runningCount":2)", false },
         GroupFallbackCase { R"("memberCount":3,"runningCount":2,"isActive":null)", false },
         GroupFallbackCase { R"("memberCount":3,"runningCount":0,"isActive":true)", true },
-        GroupFallbackCase { R"("memberCount":3,"runningCount":3,"isActive":false)", false }));
+        GroupFallbackCase { R"("memberCount":3,"runningCount":3,"isActive":false)", false }),
+    [](const testing::TestParamInfo<GroupFallbackCase>& info) { return "Case" + std::to_string(info.index); });
 
 TEST(WireFormat, TransitionRawValueIsCaseSensitiveAndFailsTheWholeSnapshot)
 {
