@@ -1,0 +1,133 @@
+#include "StatusCommand.h"
+
+#include "Arguments.h"
+#include "StoreLocation.h"
+#include "TimeFormat.h"
+
+#include <quelm/SharedStore.h>
+#include <quelm/WireFormat.h>
+
+#include <nlohmann/json.hpp>
+
+namespace quelmctl {
+
+namespace {
+
+// The widget keeps a command pending for this long unless a newer snapshot answers it.
+constexpr double pendingMaximumAge = 20;
+
+struct Status {
+    quelm::SharedStore::AppStatus appStatus;
+    quelm::WidgetSnapshot snapshot;
+    quelm::PendingCommands pending;
+};
+
+Status readStatus(const quelm::SharedStore& store)
+{
+    const quelm::Date now = quelm::Date::now();
+    Status status { store.appStatus(now), store.readSnapshot(), {} };
+    status.pending = store.pendingCommands(status.snapshot, now, pendingMaximumAge);
+    return status;
+}
+
+void printJson(std::ostream& out, const Status& status)
+{
+    nlohmann::ordered_json pending = nlohmann::ordered_json::object();
+    for (const auto& [id, command] : status.pending)
+        pending[id] = std::string(quelm::rawValue(command.action));
+    const nlohmann::ordered_json document {
+        { "appStatus", std::string(quelm::rawValue(status.appStatus)) },
+        { "snapshot", nlohmann::ordered_json::parse(quelm::encode(status.snapshot)) },
+        { "pending", pending },
+    };
+    out << document.dump() << '\n';
+}
+
+std::string itemLine(const quelm::WidgetItem& item)
+{
+    std::string line = "  " + item.id + "  \"" + item.title + "\"  " + (item.category.empty() ? "-" : item.category) + "  "
+        + (item.isRunning ? "running" : "stopped");
+    if (item.transition)
+        line += " (" + std::string(quelm::rawValue(*item.transition)) + ")";
+    if (item.port)
+        line += "  port " + std::to_string(*item.port);
+    if (item.startedAt)
+        line += "  since " + iso8601(*item.startedAt);
+    return line;
+}
+
+std::string groupLine(const quelm::WidgetGroup& group)
+{
+    std::string line = "  " + group.id + "  \"" + group.name + "\"  " + std::to_string(group.runningCount) + "/"
+        + std::to_string(group.memberCount) + " running  " + (group.isActive ? "active" : "inactive");
+    if (group.transition)
+        line += " (" + std::string(quelm::rawValue(*group.transition)) + ")";
+    return line;
+}
+
+std::string sessionLine(const quelm::WidgetSession& session)
+{
+    return "  " + session.id + "  \"" + session.title + "\"  " + session.project + "  "
+        + std::string(quelm::rawValue(session.state));
+}
+
+void printReadable(std::ostream& out, const Status& status)
+{
+    const quelm::WidgetSnapshot& snapshot = status.snapshot;
+    out << "App: " << quelm::rawValue(status.appStatus) << '\n';
+    if (snapshot == quelm::WidgetSnapshot::empty) {
+        out << "Snapshot: none published\n";
+    } else {
+        out << "Snapshot: " << iso8601(snapshot.updatedAt);
+        if (snapshot.language)
+            out << ", language " << *snapshot.language;
+        out << '\n';
+    }
+    out << "Items: " << snapshot.items.size() << '\n';
+    for (const auto& item : snapshot.items)
+        out << itemLine(item) << '\n';
+    out << "Groups: " << snapshot.groups.size() << '\n';
+    for (const auto& group : snapshot.groups)
+        out << groupLine(group) << '\n';
+    out << "Sessions: " << snapshot.sessions.size() << '\n';
+    for (const auto& session : snapshot.sessions)
+        out << sessionLine(session) << '\n';
+    out << "Pending: " << status.pending.size() << '\n';
+    for (const auto& [id, command] : status.pending)
+        out << "  " << id << "  " << quelm::rawValue(command.action) << "  issued " << iso8601(command.issuedAt) << '\n';
+}
+
+int runStatus(const Invocation& invocation)
+{
+    const Arguments arguments(invocation.arguments, { { "--json" } }, 0);
+    const Status status = readStatus(openStore(invocation));
+    if (arguments.has("--json"))
+        printJson(invocation.out, status);
+    else
+        printReadable(invocation.out, status);
+    return success;
+}
+
+}
+
+const Command statusCommand {
+    .name = "status",
+    .summary = "show what the widget sees: app status, snapshot, pending commands",
+    .usage = R"(Usage: quelmctl status [--json] [--root DIR]
+
+Shows what the widget would show now: whether the app runs (from the
+heartbeat), the published snapshot, and the items with a start or stop still
+pending (issued after the snapshot and less than 20 seconds ago).
+
+  --json      print one JSON object:
+              {"appStatus": "running"|"notRunning"|"noAccess",
+               "snapshot": <the snapshot in its wire form>,
+               "pending": {"<item id>": "start"|"stop", ...}}
+  --root DIR  use DIR as the store instead of the app group container
+
+Exit status: 0 success, 1 no container, 2 bad usage.
+)",
+    .run = runStatus,
+};
+
+}

@@ -1,0 +1,145 @@
+#include "WatchCommand.h"
+
+#include "Arguments.h"
+#include "CommandHook.h"
+#include "CommandOutput.h"
+#include "StoreLocation.h"
+#include "TerminationSignals.h"
+
+#include <quelm/DarwinNotificationObserver.h>
+#include <quelm/SharedConstants.h>
+#include <quelm/SharedStore.h>
+
+#include <condition_variable>
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace quelmctl {
+
+namespace {
+
+// What the notification handler and the signal waiter tell the draining thread. The handler only
+// marks the queue dirty: a burst of deliveries while a drain runs leads to one more drain, and a
+// command enqueued before its notification is never missed.
+class WatchState {
+public:
+    void markDirty()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_dirty = true;
+        }
+        m_changed.notify_one();
+    }
+
+    void stop()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_stopping = true;
+        }
+        m_changed.notify_one();
+    }
+
+    // Waits until the queue is dirty (true, and clears the mark) or a stop was asked (false).
+    bool waitForWork()
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_dirty || m_stopping; });
+        if (m_stopping)
+            return false;
+        m_dirty = false;
+        return true;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_dirty = true; // the first drain, at start
+    bool m_stopping = false;
+};
+
+// The observer stays silent without a session bus; say so instead of waiting in vain.
+bool sessionBusLikely()
+{
+    if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address)
+        return true;
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    std::error_code error;
+    return runtime && *runtime && std::filesystem::exists(std::filesystem::path(runtime) / "bus", error);
+}
+
+int runWatch(const Invocation& invocation)
+{
+    const Arguments arguments(invocation.arguments, { { "--exec", true }, { "--json" } }, 0);
+    const bool json = arguments.has("--json");
+    const std::optional<std::string> exec = arguments.value("--exec");
+    if (exec && json)
+        throw UsageError("give --json or --exec, not both");
+    if (exec && exec->empty())
+        throw UsageError("option --exec needs a command");
+    const quelm::SharedStore store = openStore(invocation);
+
+    // Before any thread starts, so that only the waiter below ever takes these signals.
+    const TerminationSignals signals;
+    const std::optional<CommandHook> hook = exec ? std::optional<CommandHook>(std::in_place, *exec, signals.previousMask()) : std::nullopt;
+
+    if (!sessionBusLikely())
+        invocation.err << "quelmctl watch: warning: no session bus found; only commands waiting now are taken\n";
+
+    WatchState state;
+    std::thread signalWaiter([&] {
+        signals.wait();
+        state.stop();
+    });
+    try {
+        // Observing starts before the first drain, so no command falls between the two.
+        const quelm::DarwinNotificationObserver observer(std::string(quelm::SharedConstants::commandNotification),
+            [&state] { state.markDirty(); });
+        while (state.waitForWork()) {
+            for (const quelm::WidgetCommand& command : store.drainCommands()) {
+                if (!hook) {
+                    printCommand(invocation.out, command, json);
+                } else if (const std::string failure = hook->run(command); !failure.empty()) {
+                    invocation.err << "quelmctl watch: " << readableLine(command) << ": " << failure << '\n';
+                }
+            }
+        }
+    } catch (...) {
+        TerminationSignals::raise(); // wake the waiter, then let the dispatcher report
+        signalWaiter.join();
+        throw;
+    }
+    signalWaiter.join();
+    return success;
+}
+
+}
+
+const Command watchCommand {
+    .name = "watch",
+    .summary = "take the widget's commands as they come, print them or run a command",
+    .usage = R"(Usage: quelmctl watch [--json | --exec CMD] [--root DIR]
+
+Acts as the app's side of the widget's buttons: takes the commands waiting in
+the store's queue at start, then again each time the widget posts the command
+notification (on the session bus), until interrupted (SIGINT or SIGTERM, exit
+0). Each command is printed as one line, like drain does:
+
+  2026-11-22T21:56:50.123Z start my-api (6F1C2A4E-…)
+
+  --json      print each command in its wire form, one JSON object per line
+  --exec CMD  run CMD with /bin/sh -c once per command, in order, with
+              QUELM_ITEM_ID, QUELM_ACTION (start or stop), QUELM_COMMAND_ID and
+              QUELM_ISSUED_AT (seconds since 1970) in its environment
+  --root DIR  use DIR as the store instead of the app group container
+
+Exit status: 0 interrupted, 1 no container, 2 bad usage.
+)",
+    .run = runWatch,
+};
+
+}
