@@ -1,0 +1,45 @@
+#include "Entry.h"
+
+namespace quelm {
+
+namespace {
+
+Entry buildSample()
+{
+    const Date now = Date::now();
+    const auto ago = [now](double seconds) { return now.addingSeconds(-seconds); };
+
+    WidgetSnapshot snapshot;
+    snapshot.items = {
+        WidgetItem { "a", "my-api (dev)", "node", true, std::nullopt, 3000, ago(5400) },
+        WidgetItem { "b", "web (dev)", "node", true, std::nullopt, 5173, ago(600) },
+        WidgetItem { "c", "postgres", "database", false },
+        WidgetItem { "d", "py-svc (uvicorn)", "server", true, std::nullopt, 8000, ago(60) },
+        WidgetItem { "e", "cache (shop)", "docker", false },
+    };
+    snapshot.groups = { WidgetGroup("group:x", "Trabalho", 3, 2, true) };
+    snapshot.sessions = {
+        WidgetSession { "s1", "Ajustar o widget", "quelm", WidgetSession::State::needsApproval },
+        WidgetSession { "s2", "Migração do banco", "my-api", WidgetSession::State::working },
+    };
+    snapshot.language = std::nullopt;
+    snapshot.updatedAt = now;
+
+    Entry entry;
+    entry.date = now;
+    entry.snapshot = std::move(snapshot);
+    entry.appStatus = SharedStore::AppStatus::running;
+    entry.sortOrder = WidgetSortOrder::category;
+    return entry;
+}
+
+}
+
+const Entry& Entry::sample()
+{
+    // A function-local static: initialised exactly once, on first use, thread-safely.
+    static const Entry sample = buildSample();
+    return sample;
+}
+
+}

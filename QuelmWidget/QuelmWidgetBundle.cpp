@@ -1,0 +1,17 @@
+#include "QuelmWidgetBundle.h"
+
+#include <optional>
+
+namespace quelm {
+
+WidgetView QuelmWidget::view(const Entry& entry, WidgetFamily family)
+{
+    const std::optional<WidgetFamily> known = supports(family) ? std::optional(family) : std::nullopt;
+    return WidgetView {
+        known.value_or(WidgetFamily::systemLarge),
+        entry,
+        WidgetContent::choose(entry.appStatus, entry.snapshot, known),
+    };
+}
+
+}
