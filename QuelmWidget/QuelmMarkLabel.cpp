@@ -1,0 +1,12 @@
+#include "QuelmMarkLabel.h"
+
+namespace quelm {
+
+QuelmMarkLabel QuelmMarkLabel::forRunning(bool running)
+{
+    if (running)
+        return { "Quelm, com itens rodando", true };
+    return { "Quelm", false };
+}
+
+}
