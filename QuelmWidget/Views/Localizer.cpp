@@ -1,0 +1,165 @@
+#include "Localizer.h"
+
+#include "LocalizationKeys.h"
+#include "RelativeTime.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QString>
+#include <QTranslator>
+
+#include <unicode/locid.h>
+#include <unicode/numberformatter.h>
+#include <unicode/unistr.h>
+
+#include <cstdlib>
+#include <map>
+#include <mutex>
+
+namespace quelm::views {
+
+namespace {
+
+QString toQString(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+// Installed translations come first, so that a language added after the build is found.
+QStringList translationFolders()
+{
+    QStringList folders { QStringLiteral(QUELM_TRANSLATIONS_DIR) };
+    // An installation moved elsewhere keeps its translations beside the program.
+    if (QCoreApplication::instance())
+        folders << QCoreApplication::applicationDirPath() + QStringLiteral("/../share/quelm/translations");
+    folders << QStringLiteral(":/quelm/i18n");
+    return folders;
+}
+
+std::optional<QString> translationPath(std::string_view language)
+{
+    if (!WidgetLocalization::isLanguageName(language))
+        return std::nullopt;
+    const QString fileName = toQString(WidgetLocalization::translationFileName(language));
+    for (const QString& folder : translationFolders()) {
+        const QString path = folder + QLatin1Char('/') + fileName;
+        if (QFile::exists(path))
+            return path;
+    }
+    return std::nullopt;
+}
+
+// Translation files do not change while the program runs; each is read once.
+std::shared_ptr<const QTranslator> loadTranslator(const QString& path)
+{
+    static std::mutex mutex;
+    static std::map<QString, std::shared_ptr<const QTranslator>> loaded;
+    std::lock_guard lock(mutex);
+    if (auto found = loaded.find(path); found != loaded.end())
+        return found->second;
+    auto translator = std::make_shared<QTranslator>();
+    std::shared_ptr<const QTranslator> result;
+    if (translator->load(path))
+        result = std::move(translator);
+    loaded.emplace(path, result);
+    return result;
+}
+
+// "pt_BR.UTF-8", "en-US", "de_DE@euro" → the ICU identifiers "pt_BR", "en_US", "de_DE".
+std::string icuLocaleID(std::string_view name)
+{
+    std::string id(name.substr(0, name.find_first_of(".@")));
+    for (char& c : id) {
+        if (c == '-')
+            c = '_';
+    }
+    if (id == "C" || id == "POSIX")
+        return "en_US_POSIX";
+    return id;
+}
+
+// The language part of a locale name: "en" of "en_GB.UTF-8".
+std::string languageOf(std::string_view locale)
+{
+    return std::string(locale.substr(0, locale.find_first_of("_-.@")));
+}
+
+}
+
+Localizer::Localizer(WidgetLocalization localization)
+    : m_localization(std::move(localization))
+{
+    if (m_localization.translation) {
+        if (const auto path = translationPath(*m_localization.translation))
+            m_translator = loadTranslator(*path);
+    }
+}
+
+Localizer Localizer::forSnapshotLanguage(const std::optional<std::string>& language, std::string_view currentLocale)
+{
+    return Localizer(WidgetLocalization::choose(language, &Localizer::hasTranslation, currentLocale));
+}
+
+Localizer Localizer::forCurrentLocale(std::string_view currentLocale)
+{
+    const std::string language = languageOf(currentLocale);
+    WidgetLocalization localization { std::nullopt, std::string(currentLocale) };
+    if (WidgetLocalization::isLanguageName(language) && hasTranslation(language))
+        localization.translation = language;
+    return Localizer(std::move(localization));
+}
+
+bool Localizer::hasTranslation(std::string_view language)
+{
+    const auto path = translationPath(language);
+    return path && loadTranslator(*path) != nullptr;
+}
+
+std::string Localizer::currentLocaleName()
+{
+    for (const char* variable : { "LC_ALL", "LC_MESSAGES", "LANG" }) {
+        const char* value = std::getenv(variable);
+        if (value && *value)
+            return value;
+    }
+    return {};
+}
+
+std::string Localizer::translate(std::string_view key) const
+{
+    if (!m_translator)
+        return std::string(key);
+    const std::string context(LocalizationKeys::context);
+    const std::string source(key);
+    const QString translated = m_translator->translate(context.c_str(), source.c_str());
+    return translated.isEmpty() ? source : translated.toStdString();
+}
+
+std::string Localizer::number(long long value) const
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Locale locale(icuLocaleID(m_localization.locale).c_str());
+    const icu::UnicodeString formatted
+        = icu::number::NumberFormatter::withLocale(locale).formatInt(static_cast<int64_t>(value), status).toString(status);
+    if (U_FAILURE(status))
+        return std::to_string(value);
+    std::string result;
+    return formatted.toUTF8String(result);
+}
+
+std::string Localizer::text(const LocalizedText& text) const
+{
+    return text.localized(translator(), [this](long long value) { return number(value); });
+}
+
+std::string Localizer::relativeTime(Date since, Date now) const
+{
+    return RelativeTime::text(since, now, m_localization.locale);
+}
+
+LocalizedText::Translate Localizer::translator() const
+{
+    return [this](std::string_view key) { return translate(key); };
+}
+
+}

@@ -1,0 +1,70 @@
+#include "TreePainter.h"
+
+#include "GlassView.h"
+#include "LayoutEngine.h"
+#include "QuelmMarkView.h"
+#include "SymbolImages.h"
+
+#include <QPainter>
+
+namespace quelm::views {
+
+namespace {
+
+// How much a busy button fades: it still shows its state, but reads as not tappable.
+constexpr double disabledOpacity = 0.5;
+
+QRectF toQRect(const Frame& frame)
+{
+    return { frame.x, frame.y, frame.width, frame.height };
+}
+
+}
+
+void TreePainter::paint(QPainter& painter, const ViewNode& root) const
+{
+    painter.save();
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
+    paintNode(painter, root);
+    painter.restore();
+}
+
+void TreePainter::paintNode(QPainter& painter, const ViewNode& node) const
+{
+    const QRectF frame = toQRect(node.frame);
+    bool restore = false;
+
+    if (const auto* glass = node.as<node::Glass>()) {
+        WidgetGlass::paintBackground(painter, frame, *glass, m_palette);
+    } else if (const auto* text = node.as<node::Text>()) {
+        painter.setFont(m_typography.font(text->font, *painter.device()));
+        painter.setPen(m_palette.resolve(text->color));
+        painter.drawText(QPointF(frame.x(), frame.y() + m_typography.ascent(text->font)), QString::fromStdString(text->shown));
+    } else if (const auto* symbol = node.as<node::Symbol>()) {
+        const QColor halo = symbol->halo ? m_palette.resolve(*symbol->halo) : QColor(Qt::transparent);
+        SymbolImages::paint(painter, symbol->symbol, frame, LayoutEngine::symbolSide(symbol->pointSize),
+            m_palette.resolve(symbol->color, symbol->opacity), halo, symbol->haloRadius);
+    } else if (const auto* mark = node.as<node::Mark>()) {
+        QuelmMarkView::paint(painter, frame, m_palette.resolve(mark->color), mark->running);
+    } else if (const auto* button = node.as<node::Button>()) {
+        painter.save();
+        restore = true;
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(m_palette.resolve(button->fill));
+        painter.drawEllipse(frame);
+        if (!button->enabled)
+            painter.setOpacity(painter.opacity() * disabledOpacity);
+    } else if (const auto* divider = node.as<node::Divider>()) {
+        painter.fillRect(frame, m_palette.resolve(divider->color));
+    }
+
+    for (const ViewNode& child : node.children)
+        paintNode(painter, child);
+
+    if (restore)
+        painter.restore();
+    if (node.is<node::Glass>())
+        WidgetGlass::clearCorners(painter, frame);
+}
+
+}

@@ -1,0 +1,135 @@
+#include "Typography.h"
+
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QPaintDevice>
+
+#include <cmath>
+#include <cstring>
+
+namespace quelm::views {
+
+namespace {
+
+constexpr double pointsPerInch = 72;
+constexpr double metersPerInch = 0.0254;
+constexpr double referenceSize = 1000;
+constexpr std::size_t maximumRememberedWidths = 4096;
+
+QFont::Weight qtWeight(FontWeight weight)
+{
+    switch (weight) {
+    case FontWeight::medium:
+        return QFont::Medium;
+    case FontWeight::semibold:
+        return QFont::DemiBold;
+    case FontWeight::bold:
+        return QFont::Bold;
+    case FontWeight::regular:
+        break;
+    }
+    return QFont::Normal;
+}
+
+QString chooseFamily()
+{
+    if (QFontDatabase::families().contains(QStringLiteral("Inter")))
+        return QStringLiteral("Inter");
+    return QGuiApplication::font().family();
+}
+
+QString toQString(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+}
+
+Typography::Typography()
+    : m_family(chooseFamily())
+    , m_referenceDevice(1, 1, QImage::Format_ARGB32_Premultiplied)
+{
+    makePointSized(m_referenceDevice);
+}
+
+const Typography& Typography::standard()
+{
+    static const Typography typography;
+    return typography;
+}
+
+void Typography::makePointSized(QImage& image)
+{
+    const int dotsPerMeter = static_cast<int>(std::lround(pointsPerInch / metersPerInch));
+    image.setDotsPerMeterX(dotsPerMeter);
+    image.setDotsPerMeterY(dotsPerMeter);
+}
+
+QFont Typography::font(const Font& font, const QPaintDevice& device) const
+{
+    QFont qfont(m_family);
+    const int dpi = device.logicalDpiY() > 0 ? device.logicalDpiY() : static_cast<int>(pointsPerInch);
+    qfont.setPointSizeF(font.size * pointsPerInch / dpi);
+    qfont.setWeight(qtWeight(font.weight));
+    qfont.setStyleStrategy(QFont::PreferAntialias);
+    // Unhinted outlines keep the advances fractional and the same at every scale, so the layout
+    // measured in points holds for the painted pixels.
+    qfont.setHintingPreference(QFont::PreferNoHinting);
+    qfont.setKerning(true);
+    return qfont;
+}
+
+const QFontMetricsF& Typography::metrics(const Font& font) const
+{
+    const std::pair key { font.size, font.weight };
+    std::lock_guard lock(m_mutex);
+    auto found = m_metrics.find(key);
+    if (found == m_metrics.end())
+        found = m_metrics.emplace(key, QFontMetricsF(this->font(font, m_referenceDevice), &m_referenceDevice)).first;
+    return found->second;
+}
+
+double Typography::width(std::string_view text, const Font& font) const
+{
+    // The key: the size's bytes, the weight, and the text itself.
+    std::string key(sizeof font.size + 1, '\0');
+    std::memcpy(key.data(), &font.size, sizeof font.size);
+    key[sizeof font.size] = static_cast<char>(font.weight);
+    key.append(text);
+    {
+        std::lock_guard lock(m_mutex);
+        if (auto found = m_widths.find(key); found != m_widths.end())
+            return found->second;
+    }
+    const double measured = metrics(font).horizontalAdvance(toQString(text));
+    std::lock_guard lock(m_mutex);
+    // Relative times change every minute; a long-running host must not keep every one it showed.
+    if (m_widths.size() >= maximumRememberedWidths)
+        m_widths.clear();
+    m_widths.emplace(std::move(key), measured);
+    return measured;
+}
+
+// The font engine rounds a size's ascent and descent to whole pixels, which would make lines of
+// nearby sizes jump by a pixel. A line's height is the design's, scaled: measured once at a size
+// where the rounding does not matter.
+double Typography::lineHeight(const Font& font) const
+{
+    const QFontMetricsF& reference = metrics({ referenceSize, font.weight });
+    return (reference.ascent() + reference.descent()) * font.size / referenceSize;
+}
+
+double Typography::ascent(const Font& font) const
+{
+    return metrics({ referenceSize, font.weight }).ascent() * font.size / referenceSize;
+}
+
+std::string Typography::elided(std::string_view text, const Font& font, double width) const
+{
+    // A hair of slack: a text measured to exactly this width must not lose its last letter.
+    if (this->width(text, font) <= width + 0.01)
+        return std::string(text);
+    return metrics(font).elidedText(toQString(text), Qt::ElideRight, width).toStdString();
+}
+
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "ViewTree.h"
+
+#include <QFont>
+#include <QFontMetricsF>
+#include <QImage>
+#include <QString>
+
+#include <map>
+#include <mutex>
+#include <unordered_map>
+#include <string>
+#include <string_view>
+
+class QPaintDevice;
+
+namespace quelm::views {
+
+// The widget's typeface: Inter when the font database has it, else the desktop's UI font.
+// Sizes are points, which are device-independent pixels here: a font is made for a paint device
+// by converting with that device's logical DPI. Everything the layout measures and the painter
+// draws goes through one Typography, so that what was measured is what is painted.
+// Needs a QGuiApplication. Safe to use from several threads.
+class Typography {
+public:
+    Typography();
+
+    // The process-wide instance (built on first use).
+    static const Typography& standard();
+
+    const QString& family() const { return m_family; }
+    bool isInter() const { return m_family == QLatin1String("Inter"); }
+
+    // The font of `font` for drawing on `device` (its logical DPI turns points into pixels).
+    QFont font(const Font& font, const QPaintDevice& device) const;
+
+    // Measured on a device whose logical DPI makes one point one pixel.
+    double width(std::string_view text, const Font&) const;
+    double lineHeight(const Font&) const;
+    double ascent(const Font&) const;
+    // `text` cut to fit `width`, ending in "…"; unchanged when it fits.
+    std::string elided(std::string_view text, const Font&, double width) const;
+
+    // A paint device on which one point is one pixel (72 dots per inch).
+    static void makePointSized(QImage&);
+
+private:
+    const QFontMetricsF& metrics(const Font&) const;
+
+    QString m_family;
+    QImage m_referenceDevice;
+    mutable std::mutex m_mutex;
+    mutable std::map<std::pair<double, FontWeight>, QFontMetricsF> m_metrics;
+    // Shaping a text is what measuring costs; a layout asks for the same texts many times.
+    mutable std::unordered_map<std::string, double> m_widths;
+};
+
+}

@@ -1,0 +1,86 @@
+// Rendering one widget, warm: build the view tree of the sample entry, lay it out and paint it at
+// scale 2 into an image, as the host does for every timeline entry.
+
+#include "WidgetRenderer.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QGuiApplication>
+
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+QGuiApplication& application()
+{
+    static std::unique_ptr<QGuiApplication> instance = [] {
+        ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
+        static int argc = 1;
+        static char name[] = "RenderBench";
+        static char* argv[] = { name, nullptr };
+        return std::make_unique<QGuiApplication>(argc, argv);
+    }();
+    return *instance;
+}
+
+void renderFamily(benchmark::State& state, quelm::WidgetFamily family)
+{
+    application();
+    const quelm::Date now(1700000000);
+    const quelm::Entry entry = quelm::views::sampleEntry(now);
+    quelm::views::RenderOptions options;
+    options.now = now;
+    options.currentLocale = "pt_BR.UTF-8";
+    // Warm up: fonts, translations and rasterised symbols are loaded once per process.
+    benchmark::DoNotOptimize(quelm::views::paintWidget(quelm::views::renderWidget(entry, family, options), 2));
+
+    for (auto _ : state) {
+        const auto rendered = quelm::views::renderWidget(entry, family, options);
+        QImage image = quelm::views::paintWidget(rendered, 2);
+        benchmark::DoNotOptimize(image.constBits());
+    }
+}
+
+// The two halves of a medium render, to see where the time goes.
+void BM_BuildAndLayoutMedium(benchmark::State& state)
+{
+    application();
+    const quelm::Date now(1700000000);
+    const quelm::Entry entry = quelm::views::sampleEntry(now);
+    quelm::views::RenderOptions options;
+    options.now = now;
+    options.currentLocale = "pt_BR.UTF-8";
+    for (auto _ : state)
+        benchmark::DoNotOptimize(quelm::views::renderWidget(entry, quelm::WidgetFamily::systemMedium, options));
+}
+
+void BM_PaintMedium(benchmark::State& state)
+{
+    application();
+    quelm::views::RenderOptions options;
+    options.now = quelm::Date(1700000000);
+    options.currentLocale = "pt_BR.UTF-8";
+    const auto rendered = quelm::views::renderWidget(quelm::views::sampleEntry(options.now), quelm::WidgetFamily::systemMedium, options);
+    benchmark::DoNotOptimize(quelm::views::paintWidget(rendered, 2));
+    for (auto _ : state) {
+        QImage image = quelm::views::paintWidget(rendered, 2);
+        benchmark::DoNotOptimize(image.constBits());
+    }
+}
+
+void BM_RenderSmall(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::systemSmall); }
+void BM_RenderMedium(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::systemMedium); }
+void BM_RenderLarge(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::systemLarge); }
+void BM_RenderExtraLarge(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::systemExtraLarge); }
+
+}
+
+BENCHMARK(BM_BuildAndLayoutMedium)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PaintMedium)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RenderSmall)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RenderMedium)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RenderLarge)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RenderExtraLarge)->Unit(benchmark::kMillisecond);
+
+BENCHMARK_MAIN();
