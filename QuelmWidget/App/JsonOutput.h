@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Entry.h"
+#include "Timeline.h"
+#include "WidgetLayout.h"
+
+#include <nlohmann/json.hpp>
+
+#include <iosfwd>
+#include <optional>
+#include <vector>
+
+namespace quelm::app {
+
+// The JSON that the subcommands print. Dates are numbers of seconds since 1970; a snapshot
+// appears in its wire form (quelm::encode), embedded as JSON.
+//
+// {"date", "appStatus", "sortOrder", "pending": {id: action}, "snapshot": <wire form>}
+nlohmann::json entryJson(const Entry&);
+// {"entries": [entry…], "reloadAfter": date, or null when there is no reload policy}
+nlohmann::json timelineJson(const std::vector<Entry>& entries, std::optional<Date> reloadAfter);
+// {"sessions": [id…], "groups": [id…], "items": [id…]}
+nlohmann::json layoutJson(const WidgetLayout&);
+
+// One compact line; text that is not valid UTF-8 is replaced rather than refused.
+void printJson(std::ostream&, const nlohmann::json&);
+
+}

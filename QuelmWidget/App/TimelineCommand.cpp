@@ -1,0 +1,72 @@
+// quelm-widget timeline: the provider's answer for the live container, as JSON.
+
+#include "Command.h"
+#include "JsonOutput.h"
+#include "Options.h"
+
+#include "Provider.h"
+#include "QuelmWidgetConfiguration.h"
+#include "TimelineContext.h"
+
+#include <optional>
+#include <string>
+
+namespace quelm::app {
+
+namespace {
+
+int runTimeline(std::span<const std::string> arguments, std::ostream& out, std::ostream&)
+{
+    std::optional<WidgetFamily> family;
+    QuelmWidgetConfiguration configuration;
+    bool preview = false;
+
+    OptionReader options(arguments);
+    std::string value;
+    while (!options.atEnd()) {
+        if (options.takeOption("--family", value))
+            family = parseFamilyArgument(value);
+        else if (options.takeOption("--sort", value))
+            configuration.sortOrder = parseSortArgument(value);
+        else if (options.takeFlag("--preview"))
+            preview = true;
+        else
+            throwUnexpected(options.next());
+    }
+    if (!family)
+        throwMissingFamily();
+
+    const TimelineContext context { *family, preview };
+    const Provider provider;
+    if (preview) {
+        printJson(out, timelineJson({ provider.snapshot(configuration, context) }, std::nullopt));
+    } else {
+        const Timeline timeline = provider.timeline(configuration, context);
+        printJson(out, timelineJson(timeline.entries, timeline.reloadAfter));
+    }
+    return exitSuccess;
+}
+
+}
+
+const Command timelineCommand {
+    "timeline",
+    "print the provider's timeline for the live container as JSON",
+    R"(Usage: quelm-widget timeline --family FAMILY [--sort category|recent] [--preview]
+
+Asks the timeline provider for a timeline of the live app-group container and prints it as JSON:
+  {"entries": [{"date", "appStatus", "sortOrder", "pending": {id: action}, "snapshot": {...}}],
+   "reloadAfter": DATE}
+Dates are seconds since 1970; each snapshot is in its wire form.
+
+Options:
+  --family FAMILY   small, medium, large or extraLarge (systemSmall… accepted too)
+  --sort ORDER      the configured sort order: category (default) or recent
+  --preview         ask for a preview snapshot instead (the sample entry, with the configured
+                    sort order); it has no reload policy, so "reloadAfter" is null
+  --help            show this text
+)",
+    runTimeline,
+};
+
+}
