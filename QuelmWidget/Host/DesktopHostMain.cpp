@@ -1,0 +1,76 @@
+#include "DesktopHostMain.h"
+
+#include "DesktopHost.h"
+#include "HostTexts.h"
+#include "InstanceStore.h"
+#include "QuelmWidgetBundle.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLockFile>
+
+#include <cstdlib>
+#include <ostream>
+
+namespace quelm::host {
+
+namespace {
+
+bool hasDisplay()
+{
+    for (const char* variable : { "QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY" }) {
+        const char* value = std::getenv(variable);
+        if (value && *value)
+            return true;
+    }
+    return false;
+}
+
+}
+
+int runDesktopHost(int& argc, char** argv, const DesktopHostOptions& options, std::ostream& err)
+{
+    // Qt would abort without a display; say what is missing instead.
+    if (!hasDisplay()) {
+        err << "quelm-widget: no display to show the widgets on (neither DISPLAY nor WAYLAND_DISPLAY is set)\n";
+        return EXIT_FAILURE;
+    }
+    const auto filePath = InstanceStore::defaultFilePath();
+    if (!filePath) {
+        err << "quelm-widget: no place for the widgets' settings (neither XDG_CONFIG_HOME nor HOME is set)\n";
+        return EXIT_FAILURE;
+    }
+
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("quelm-widget"));
+    QApplication::setDesktopFileName(QStringLiteral("dev.quelm.QuelmWidget"));
+    // The widgets are tool windows; the host ends when the last widget is removed, not closed.
+    QApplication::setQuitOnLastWindowClosed(false);
+    installTranslation(application);
+
+    const QString directory = QFileInfo(*filePath).absolutePath();
+    QDir().mkpath(directory);
+    QLockFile lock(QDir(directory).filePath(QStringLiteral("host.lock")));
+    if (!lock.tryLock(0)) {
+        qint64 pid = 0;
+        QString hostName;
+        QString application;
+        lock.getLockInfo(&pid, &hostName, &application);
+        err << "quelm-widget: the desktop widgets are shown already";
+        if (pid > 0)
+            err << " (process " << pid << ")";
+        err << '\n';
+        return EXIT_FAILURE;
+    }
+
+    const QuelmWidgetBundle bundle;
+    DesktopHost host(bundle, InstanceStore(*filePath));
+    QObject::connect(&host, &DesktopHost::emptied, &application, &QCoreApplication::quit, Qt::QueuedConnection);
+    host.start(err, options.autostart ? DesktopHost::WhenEmpty::end : DesktopHost::WhenEmpty::openGallery);
+    const int status = QApplication::exec();
+    host.flushSaves();
+    return status;
+}
+
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+namespace quelm::host {
+
+// With QUELM_HOST_TRACE=1 the host writes one line per event to standard output, for the
+// end-to-end tests and the benchmarks that drive it from outside:
+//   window ID FAMILY X Y W H     where a widget's window stands (on show and after each move)
+//   render ID JSON               the view tree of each new render (as `render --format json`)
+//   click ID X Y ACTION          a click in widget points, and what it does
+//   pending ID ITEM MS           click → first repaint that shows ITEM busy, in milliseconds
+//   intent ID ok|failed MESSAGE  how a toggle intent ended
+// Silent otherwise; the host writes no log.
+namespace HostTrace {
+
+bool enabled();
+void line(const QString&);
+
+}
+
+}

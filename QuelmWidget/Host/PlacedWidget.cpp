@@ -1,0 +1,188 @@
+#include "PlacedWidget.h"
+
+#include "HostTexts.h"
+#include "HostTrace.h"
+#include "Localizer.h"
+#include "RelativeTimeRefresh.h"
+#include "TimelineSchedule.h"
+#include "WidgetRenderer.h"
+
+#include <QDesktopServices>
+#include <QUrl>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+namespace quelm::host {
+
+namespace {
+
+QString familyText(WidgetFamily family)
+{
+    const std::string_view name = rawValue(family);
+    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+}
+
+}
+
+PlacedWidget::PlacedWidget(const QuelmWidget& widget, WidgetInstance instance, const views::Palette& palette, QObject* parent)
+    : QObject(parent)
+    , m_widget(widget)
+    , m_instance(std::move(instance))
+    , m_window(std::make_unique<WidgetWindow>(m_instance.family, palette))
+    , m_timeline(new TimelineController(widget.provider, m_instance.configuration(), m_instance.family, this))
+{
+    m_relativeTime.setSingleShot(true);
+    // Relative times change on whole seconds; a coarse timer would show them late or twice.
+    m_relativeTime.setTimerType(Qt::PreciseTimer);
+    connect(&m_relativeTime, &QTimer::timeout, this, [this] { render(WidgetWindow::Transition::none); });
+    connect(m_timeline, &TimelineController::entryChanged, this, &PlacedWidget::entryChanged);
+
+    WidgetWindow* window = m_window.get();
+    connect(window, &WidgetWindow::actionClicked, this, &PlacedWidget::clicked);
+    connect(window, &WidgetWindow::editRequested, this, [this] { edit(); });
+    connect(window, &WidgetWindow::familyRequested, this, &PlacedWidget::setFamily);
+    connect(window, &WidgetWindow::removeRequested, this, &PlacedWidget::removeRequested);
+    connect(window, &WidgetWindow::addRequested, this, &PlacedWidget::addRequested);
+    connect(window, &WidgetWindow::moved, this, [this](QPoint position) {
+        if (m_instance.position == position)
+            return;
+        m_instance.position = position;
+        traceWindow();
+        emit instanceChanged();
+    });
+    connect(window, &WidgetWindow::pendingShown, this, [this](const QString& itemID, double milliseconds) {
+        HostTrace::line(QStringLiteral("pending %1 %2 %3").arg(m_instance.id, itemID, QString::number(milliseconds, 'f', 2)));
+    });
+}
+
+PlacedWidget::~PlacedWidget()
+{
+    if (m_editor)
+        m_editor->close();
+}
+
+void PlacedWidget::show(QPoint position)
+{
+    m_window->move(position);
+    m_window->show();
+    m_instance.position = m_window->pos();
+    traceWindow();
+    m_timeline->reload();
+}
+
+void PlacedWidget::traceWindow() const
+{
+    if (!HostTrace::enabled())
+        return;
+    const QRect frame = m_window->geometry();
+    HostTrace::line(QStringLiteral("window %1 %2 %3 %4 %5 %6")
+                        .arg(m_instance.id, familyText(m_instance.family))
+                        .arg(frame.x())
+                        .arg(frame.y())
+                        .arg(frame.width())
+                        .arg(frame.height()));
+}
+
+void PlacedWidget::setFamily(WidgetFamily family)
+{
+    if (family == m_instance.family)
+        return;
+    m_instance.family = family;
+    m_window->setFamily(family);
+    m_timeline->setFamily(family);
+    // The entry is the same in every size; redraw it now rather than wait for the provider.
+    render(WidgetWindow::Transition::none);
+    traceWindow();
+    emit instanceChanged();
+}
+
+void PlacedWidget::setSortOrder(WidgetSortOrder sortOrder)
+{
+    if (sortOrder == m_instance.sortOrder)
+        return;
+    m_instance.sortOrder = sortOrder;
+    m_timeline->setConfiguration(m_instance.configuration());
+    emit instanceChanged();
+}
+
+ConfigurationDialog& PlacedWidget::edit()
+{
+    if (!m_editor) {
+        m_editor = new ConfigurationDialog(m_instance.sortOrder, m_window.get());
+        m_editor->setAttribute(Qt::WA_DeleteOnClose);
+        connect(m_editor, &ConfigurationDialog::sortOrderChosen, this, &PlacedWidget::setSortOrder);
+    }
+    m_editor->show();
+    m_editor->raise();
+    m_editor->activateWindow();
+    return *m_editor;
+}
+
+void PlacedWidget::intentFailed(const QString& error)
+{
+    Q_UNUSED(error);
+    m_window->showNotice(hostText(HostTexts::requestFailed));
+}
+
+void PlacedWidget::entryChanged(const Entry& entry)
+{
+    const bool sameState = m_shown && showSameState(*m_shown, entry);
+    const bool first = !m_shown;
+    m_shown = entry;
+    if (sameState) {
+        // Nothing to redraw; the relative-time timer keeps running as it was.
+        return;
+    }
+    render(first ? WidgetWindow::Transition::none : WidgetWindow::Transition::crossFade);
+}
+
+void PlacedWidget::render(WidgetWindow::Transition transition)
+{
+    if (!m_shown)
+        return;
+    views::RenderOptions options;
+    options.now = Date::now();
+    options.currentLocale = views::Localizer::currentLocaleName();
+    const WidgetView view = m_widget.content(*m_shown, m_instance.family);
+    views::RenderedWidget rendered = views::renderWidget(view.entry, view.family, options);
+    if (HostTrace::enabled())
+        HostTrace::line(QStringLiteral("render %1 %2").arg(m_instance.id, QString::fromStdString(views::widgetJson(rendered).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace))));
+    m_window->setRendered(std::move(rendered), transition);
+    scheduleRelativeTimeRefresh();
+}
+
+void PlacedWidget::scheduleRelativeTimeRefresh()
+{
+    const Date now = Date::now();
+    const auto next = m_shown ? nextRelativeTimeChange(*m_shown, m_instance.family, now) : std::nullopt;
+    if (!next) {
+        m_relativeTime.stop();
+        return;
+    }
+    const double milliseconds = std::ceil(std::max(0.0, next->secondsSince(now)) * 1000);
+    m_relativeTime.start(std::chrono::milliseconds(static_cast<long long>(milliseconds)));
+}
+
+std::optional<int> PlacedWidget::relativeTimeRefreshInterval() const
+{
+    if (!m_relativeTime.isActive())
+        return std::nullopt;
+    return m_relativeTime.remainingTime();
+}
+
+void PlacedWidget::clicked(const ClickAction& action)
+{
+    if (const auto* intent = std::get_if<ToggleItemIntent>(&action)) {
+        HostTrace::line(QStringLiteral("click %1 toggle %2 %3").arg(m_instance.id, QString::fromStdString(intent->itemID.value_or("")),
+            intent->start.value_or(false) ? QStringLiteral("start") : QStringLiteral("stop")));
+        m_window->probePending(intent->itemID.value_or(""));
+        emit toggleRequested(*intent);
+    } else if (const auto* address = std::get_if<OpenAddress>(&action)) {
+        HostTrace::line(QStringLiteral("click %1 open %2").arg(m_instance.id, QString::fromStdString(address->url)));
+        QDesktopServices::openUrl(QUrl(QString::fromStdString(address->url)));
+    }
+}
+
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "ConfigurationDialog.h"
+#include "Entry.h"
+#include "QuelmWidgetBundle.h"
+#include "TimelineController.h"
+#include "WidgetInstance.h"
+#include "WidgetWindow.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+
+#include <memory>
+#include <optional>
+
+namespace quelm::host {
+
+// One placed widget at work: its window, its timeline and its configuration, joined. Each new
+// entry is drawn (faded in when it shows another state), live relative times are redrawn when
+// their text changes and only then, and the window's clicks and menu choices become requests to
+// the host or changes of this instance.
+class PlacedWidget : public QObject {
+    Q_OBJECT
+
+public:
+    PlacedWidget(const QuelmWidget& widget, WidgetInstance instance, const views::Palette& palette, QObject* parent = nullptr);
+    ~PlacedWidget() override;
+
+    const WidgetInstance& instance() const { return m_instance; }
+    WidgetWindow& window() { return *m_window; }
+    TimelineController& timeline() { return *m_timeline; }
+    const std::optional<Entry>& shownEntry() const { return m_shown; }
+
+    // Shows the window at `position` and asks for the first timeline.
+    void show(QPoint position);
+    void reload() { m_timeline->reload(); }
+
+    void setFamily(WidgetFamily);
+    void setSortOrder(WidgetSortOrder);
+    // Opens the edit sheet (or raises it when it is open already).
+    ConfigurationDialog& edit();
+
+    // A toggle intent asked by this widget failed: say so briefly, change nothing else.
+    void intentFailed(const QString& error);
+
+    // When the relative times shown next change; none while no timer runs for them.
+    std::optional<int> relativeTimeRefreshInterval() const;
+
+signals:
+    // The family, sort order or position changed: the host saves.
+    void instanceChanged();
+    void removeRequested();
+    void addRequested();
+    void toggleRequested(const quelm::ToggleItemIntent& intent);
+
+private:
+    void entryChanged(const Entry&);
+    void render(WidgetWindow::Transition);
+    void scheduleRelativeTimeRefresh();
+    void clicked(const ClickAction&);
+    void traceWindow() const;
+
+    const QuelmWidget& m_widget;
+    WidgetInstance m_instance;
+    std::unique_ptr<WidgetWindow> m_window;
+    TimelineController* m_timeline;
+    QTimer m_relativeTime;
+    std::optional<Entry> m_shown;
+    QPointer<ConfigurationDialog> m_editor;
+};
+
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Entry.h"
+#include "Provider.h"
+#include "QuelmWidgetConfiguration.h"
+#include "Timeline.h"
+#include "TimelineSchedule.h"
+#include "WidgetFamily.h"
+
+#include <QFutureWatcher>
+#include <QObject>
+#include <QTimer>
+
+#include <optional>
+
+namespace quelm::host {
+
+// Keeps one placed widget's timeline: asks the provider for it off the UI thread, makes each
+// entry current from its date, and asks again at the reload policy's date or whenever `reload()`
+// is called. Requests made while one is under way are merged into one more request. Between
+// changes it runs exactly one single-shot timer.
+class TimelineController : public QObject {
+    Q_OBJECT
+
+public:
+    TimelineController(Provider provider, QuelmWidgetConfiguration, WidgetFamily, QObject* parent = nullptr);
+    ~TimelineController() override;
+
+    void setConfiguration(QuelmWidgetConfiguration);
+    void setFamily(WidgetFamily);
+    const QuelmWidgetConfiguration& configuration() const { return m_configuration; }
+    WidgetFamily family() const { return m_family; }
+
+    // Asks the provider for a new timeline.
+    void reload();
+    bool isLoading() const { return m_loading.isRunning(); }
+
+    const std::optional<Entry>& currentEntry() const { return m_current; }
+
+signals:
+    // Another entry became current (possibly showing the same state as the one before).
+    void entryChanged(const quelm::Entry& entry);
+
+private:
+    void startLoading();
+    void timelineArrived();
+    // Makes the entry due now current and arms the timer for the next change.
+    void advance();
+
+    Provider m_provider;
+    QuelmWidgetConfiguration m_configuration;
+    WidgetFamily m_family;
+    // Bumped when the configuration or family changes: a timeline asked for before is dropped.
+    quint64 m_generation = 0;
+    quint64 m_loadingGeneration = 0;
+    bool m_reloadWaiting = false;
+
+    QFutureWatcher<Timeline> m_loading;
+    std::optional<Timeline> m_timeline;
+    std::optional<std::size_t> m_currentIndex;
+    std::optional<Entry> m_current;
+    QTimer m_nextChange;
+};
+
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Entry.h"
+#include "Timeline.h"
+
+#include <quelm/Date.h>
+
+#include <cstddef>
+#include <optional>
+
+namespace quelm::host {
+
+// Where a timeline stands at one instant: which entry the widget shows, when the next entry
+// takes over and when to ask the provider again. The host arms one timer for `nextChange()` and
+// asks again at that instant; nothing runs in between.
+struct TimelineSchedule {
+    // Index of the entry shown now: the latest one whose date has come (of entries with the same
+    // date, the last). Before every entry's date, the earliest entry, so that a fresh timeline
+    // never leaves the widget blank. None only for a timeline without entries.
+    std::optional<std::size_t> current;
+    // When the next entry becomes current; none when no later entry is waiting.
+    std::optional<Date> nextEntry;
+    // The reload policy's date.
+    Date reload;
+
+    // The earlier of `nextEntry` and `reload`.
+    Date nextChange() const;
+    bool reloadDue(Date now) const { return now >= reload; }
+
+    static TimelineSchedule at(const Timeline&, Date now);
+
+    bool operator==(const TimelineSchedule&) const = default;
+};
+
+// Whether two entries draw the same widget: everything but their dates is equal. A reload that
+// brings nothing new needs no repaint and no animation.
+bool showSameState(const Entry&, const Entry&);
+
+}

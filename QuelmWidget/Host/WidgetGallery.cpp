@@ -1,0 +1,120 @@
+#include "WidgetGallery.h"
+
+#include "HostTexts.h"
+#include "TimelineContext.h"
+#include "WidgetRenderer.h"
+#include "Localizer.h"
+#include "QuelmWidgetView.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPixmap>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <QtConcurrent/QtConcurrentRun>
+
+namespace quelm::host {
+
+namespace {
+
+QString familyLabel(WidgetFamily family)
+{
+    switch (family) {
+    case WidgetFamily::systemSmall:
+        return hostText(HostTexts::small);
+    case WidgetFamily::systemMedium:
+        return hostText(HostTexts::medium);
+    case WidgetFamily::systemLarge:
+        return hostText(HostTexts::large);
+    case WidgetFamily::systemExtraLarge:
+        return hostText(HostTexts::extraLarge);
+    }
+    return hostText(HostTexts::large);
+}
+
+}
+
+WidgetGallery::WidgetGallery(const QuelmWidget& widget, const views::Palette& palette, QWidget* parent)
+    : QDialog(parent)
+    , m_palette(palette)
+{
+    setWindowTitle(hostText(HostTexts::gallery));
+
+    auto* name = new QLabel(widgetText(QuelmWidget::configurationDisplayName), this);
+    QFont heading = name->font();
+    heading.setBold(true);
+    heading.setPointSizeF(heading.pointSizeF() * 1.3);
+    name->setFont(heading);
+    auto* description = new QLabel(widgetText(QuelmWidget::description), this);
+    description->setWordWrap(true);
+
+    auto* previews = new QHBoxLayout;
+    for (const WidgetFamily family : QuelmWidget::supportedFamilies) {
+        auto* button = new QToolButton(this);
+        button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+        button->setAutoRaise(true);
+        button->setText(familyLabel(family));
+        button->setAccessibleName(familyLabel(family));
+        const views::Size size = views::QuelmWidgetView::size(family);
+        button->setIconSize(QSize(static_cast<int>(size.width * previewScale), static_cast<int>(size.height * previewScale)));
+        connect(button, &QToolButton::clicked, this, [this, family] { choose(family); });
+        previews->addWidget(button, 0, Qt::AlignBottom);
+        m_buttons.emplace(family, button);
+        m_drawn.emplace(family, false);
+    }
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(name);
+    layout->addWidget(description);
+    layout->addLayout(previews);
+
+    // Asking for a preview is asking the provider, which the UI thread never does itself.
+    connect(&m_previews, &QFutureWatcher<std::vector<Entry>>::finished, this, [this] {
+        const std::vector<Entry> entries = m_previews.result();
+        for (std::size_t index = 0; index < entries.size() && index < QuelmWidget::supportedFamilies.size(); ++index)
+            previewArrived(QuelmWidget::supportedFamilies[index], entries[index]);
+        emit previewsReady();
+    });
+    m_previews.setFuture(QtConcurrent::run([provider = widget.provider] {
+        std::vector<Entry> entries;
+        for (const WidgetFamily family : QuelmWidget::supportedFamilies)
+            entries.push_back(provider.snapshot(QuelmWidget::makeConfiguration(), TimelineContext { family, true }));
+        return entries;
+    }));
+}
+
+WidgetGallery::~WidgetGallery()
+{
+    m_previews.waitForFinished();
+}
+
+std::vector<WidgetFamily> WidgetGallery::families() const
+{
+    return { QuelmWidget::supportedFamilies.begin(), QuelmWidget::supportedFamilies.end() };
+}
+
+bool WidgetGallery::hasPreview(WidgetFamily family) const
+{
+    const auto found = m_drawn.find(family);
+    return found != m_drawn.end() && found->second;
+}
+
+void WidgetGallery::choose(WidgetFamily family)
+{
+    emit familyChosen(family);
+    accept();
+}
+
+void WidgetGallery::previewArrived(WidgetFamily family, const Entry& entry)
+{
+    views::RenderOptions options;
+    options.currentLocale = views::Localizer::currentLocaleName();
+    const WidgetView view = QuelmWidget::view(entry, family);
+    const views::RenderedWidget rendered = views::renderWidget(view.entry, view.family, options);
+    QImage image = views::paintWidget(rendered, previewScale * devicePixelRatioF(), m_palette);
+    image.setDevicePixelRatio(devicePixelRatioF());
+    m_buttons.at(family)->setIcon(QPixmap::fromImage(image));
+    m_drawn[family] = true;
+}
+
+}

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "ClickAction.h"
+#include "Palette.h"
+#include "WidgetFamily.h"
+#include "WidgetRenderer.h"
+
+#include <QElapsedTimer>
+#include <QImage>
+#include <QPoint>
+#include <QTimer>
+#include <QVariantAnimation>
+#include <QWidget>
+
+#include <optional>
+#include <string>
+
+namespace quelm::host {
+
+// One placed widget on the desktop: a frameless, translucent window that stays below the other
+// windows, exactly the family's size, showing a laid-out widget. It paints what it is given and
+// reports what the user does — a click on a button or link, a drag, a context-menu choice — and
+// does nothing else itself.
+class WidgetWindow : public QWidget {
+    Q_OBJECT
+
+public:
+    enum class Transition {
+        none,      // the new render replaces the old at once (a relative time ticking)
+        crossFade, // the new render fades in over the old (another entry)
+    };
+    static constexpr int crossFadeMilliseconds = 250;
+    static constexpr int noticeMilliseconds = 4000;
+
+    explicit WidgetWindow(WidgetFamily family, const views::Palette& palette, QWidget* parent = nullptr);
+
+    WidgetFamily family() const { return m_family; }
+    // Resizes the window to the family's size.
+    void setFamily(WidgetFamily);
+
+    void setRendered(views::RenderedWidget, Transition);
+    const std::optional<views::RenderedWidget>& rendered() const { return m_rendered; }
+
+    // A short message over the widget for a few seconds; the widget stays usable.
+    void showNotice(const QString&);
+    bool hasNotice() const { return !m_notice.isEmpty(); }
+    // Whether a cross-fade is playing (the only time the window repaints on its own).
+    bool isAnimating() const { return m_fade.state() == QAbstractAnimation::Running; }
+
+    // Starts timing a click on ITEM's button until a repaint first shows that row busy.
+    void probePending(const std::string& itemID);
+
+    // The action a click at `point` (window coordinates) would trigger.
+    ClickAction actionAt(QPointF point) const;
+
+signals:
+    void actionClicked(const quelm::host::ClickAction& action);
+    void editRequested();
+    void familyRequested(quelm::WidgetFamily family);
+    void removeRequested();
+    void addRequested();
+    void moved(QPoint position);
+    void pendingShown(const QString& itemID, double milliseconds);
+
+protected:
+    void paintEvent(QPaintEvent*) override;
+    void mousePressEvent(QMouseEvent*) override;
+    void mouseMoveEvent(QMouseEvent*) override;
+    void mouseReleaseEvent(QMouseEvent*) override;
+    void contextMenuEvent(QContextMenuEvent*) override;
+    void moveEvent(QMoveEvent*) override;
+
+private:
+    void paintNotice(QPainter&) const;
+    void refreshImage();
+    bool showsBusy(const std::string& itemID) const;
+
+    WidgetFamily m_family;
+    views::Palette m_palette;
+    std::optional<views::RenderedWidget> m_rendered;
+    QImage m_image;
+    QImage m_previous;
+    QVariantAnimation m_fade;
+
+    QString m_notice;
+    QTimer m_noticeTimer;
+
+    std::optional<QPoint> m_pressGlobal;
+    QPoint m_pressWindowPosition;
+    bool m_dragging = false;
+    bool m_systemMove = false;
+
+    struct PendingProbe {
+        std::string itemID;
+        QElapsedTimer clock;
+        bool rendered = false;
+    };
+    std::optional<PendingProbe> m_probe;
+};
+
+}

@@ -1,0 +1,355 @@
+#include "DesktopHost.h"
+
+#include "HostTestSupport.h"
+#include "QuelmWidgetBundle.h"
+
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
+
+#include <sstream>
+
+using namespace quelm;
+using namespace quelm::host;
+using quelm::test::readFile;
+using quelm::test::writeFile;
+
+namespace {
+
+constexpr Date now { 1'700'000'000 };
+
+WidgetSnapshot snapshot()
+{
+    WidgetSnapshot snapshot;
+    // Category order: node (web), then database (db); recent order: db was started last.
+    snapshot.items = {
+        WidgetItem { "web", "web", "node", true, std::nullopt, 5173, Date::now().addingSeconds(-3600) },
+        WidgetItem { "db", "postgres", "database", true, std::nullopt, 5432, Date::now().addingSeconds(-120) },
+        WidgetItem { "cache", "cache", "docker", false },
+    };
+    snapshot.groups = { WidgetGroup("group:g", "Trabalho", 2, 0, false) };
+    snapshot.updatedAt = Date::now();
+    return snapshot;
+}
+
+std::vector<std::string> itemRowOrder(const views::RenderedWidget& rendered)
+{
+    std::vector<std::string> ids;
+    for (const views::ViewNode* node : views::nodesOfType<views::node::Row>(rendered.root)) {
+        if (node->as<views::node::Row>()->kind == views::RowKind::item)
+            ids.push_back(node->as<views::node::Row>()->id);
+    }
+    return ids;
+}
+
+const views::ViewNode* buttonFor(const views::RenderedWidget& rendered, const std::string& itemID)
+{
+    for (const views::ViewNode* node : views::nodesOfType<views::node::Button>(rendered.root)) {
+        if (node->as<views::node::Button>()->itemID == itemID)
+            return node;
+    }
+    return nullptr;
+}
+
+bool showsBusy(PlacedWidget& placed, const std::string& id)
+{
+    const auto& rendered = placed.window().rendered();
+    if (!rendered)
+        return false;
+    for (const views::ViewNode* node : views::nodesOfType<views::node::Row>(rendered->root)) {
+        if (node->as<views::node::Row>()->id == id && node->as<views::node::Row>()->busy)
+            return true;
+    }
+    return false;
+}
+
+class DesktopHostTest : public test::HostTest {
+protected:
+    void publish()
+    {
+        store().writeSnapshot(snapshot());
+        store().touchHeartbeat(Date::now());
+    }
+
+    InstanceStore instanceStore() const { return InstanceStore(QString::fromStdString(settingsFile().string())); }
+
+    std::vector<WidgetInstance> savedInstances(DesktopHost& host) const
+    {
+        host.flushSaves();
+        return InstanceStore::decode(QByteArray::fromStdString(readFile(settingsFile())));
+    }
+
+    static bool allShown(const DesktopHost& host)
+    {
+        for (PlacedWidget* placed : host.placedWidgets()) {
+            if (!placed->window().rendered())
+                return false;
+        }
+        return true;
+    }
+
+    // Clicks where the widget shows the button of `itemID`.
+    static void clickButton(PlacedWidget& placed, const std::string& itemID)
+    {
+        const views::ViewNode* button = buttonFor(*placed.window().rendered(), itemID);
+        ASSERT_NE(button, nullptr) << itemID;
+        const QPoint centre(static_cast<int>(button->frame.x + button->frame.width / 2), static_cast<int>(button->frame.y + button->frame.height / 2));
+        QTest::mouseClick(&placed.window(), Qt::LeftButton, {}, centre);
+    }
+
+    const QuelmWidgetBundle bundle;
+    std::ostringstream err;
+};
+
+}
+
+TEST_F(DesktopHostTest, WithoutSavedWidgetsOneMediumWidgetIsPlacedAndSaved)
+{
+    publish();
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    ASSERT_EQ(host.placedWidgets().size(), 1u);
+    PlacedWidget& placed = *host.placedWidgets().front();
+    EXPECT_EQ(placed.instance().family, WidgetFamily::systemMedium);
+    EXPECT_TRUE(placed.window().isVisible());
+    EXPECT_EQ(placed.window().size(), QSize(364, 170));
+    EXPECT_TRUE(err.str().empty());
+    EXPECT_EQ(savedInstances(host), std::vector { placed.instance() });
+    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+    EXPECT_EQ(placed.window().rendered()->appStatus, SharedStore::AppStatus::running);
+}
+
+TEST_F(DesktopHostTest, ADamagedListIsMovedAsideAndSaidOnStandardError)
+{
+    std::filesystem::create_directories(settingsFile().parent_path());
+    writeFile(settingsFile(), "{\"widgets\": [{\"id\": 7}]}");
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+
+    ASSERT_EQ(host.placedWidgets().size(), 1u);
+    EXPECT_EQ(host.placedWidgets().front()->instance().family, WidgetFamily::systemMedium);
+    EXPECT_NE(err.str().find("damaged"), std::string::npos) << err.str();
+    EXPECT_NE(err.str().find("widgets.json.bad"), std::string::npos) << err.str();
+    EXPECT_EQ(readFile(settingsFile().string() + ".bad"), "{\"widgets\": [{\"id\": 7}]}");
+    EXPECT_EQ(savedInstances(host).size(), 1u);
+}
+
+TEST_F(DesktopHostTest, SavedWidgetsComeBackWithTheirFamilyOrderAndPlace)
+{
+    const std::vector<WidgetInstance> saved {
+        { QStringLiteral("one"), WidgetFamily::systemSmall, WidgetSortOrder::recent, QPoint(300, 200) },
+        { QStringLiteral("two"), WidgetFamily::systemExtraLarge, WidgetSortOrder::category, QPoint(40, 500) },
+    };
+    instanceStore().save(saved);
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    ASSERT_EQ(host.placedWidgets().size(), 2u);
+    EXPECT_EQ(host.placedWidgets()[0]->instance(), saved[0]);
+    EXPECT_EQ(host.placedWidgets()[1]->instance(), saved[1]);
+    EXPECT_EQ(host.placedWidgets()[0]->window().geometry(), QRect(300, 200, 170, 170));
+    EXPECT_EQ(host.placedWidgets()[1]->window().geometry(), QRect(40, 500, 766, 382));
+}
+
+TEST_F(DesktopHostTest, TwoInstancesWithDifferentSortOrdersShowDifferentOrders)
+{
+    publish();
+    instanceStore().save({
+        { QStringLiteral("by-category"), WidgetFamily::systemLarge, WidgetSortOrder::category, QPoint(0, 0) },
+        { QStringLiteral("by-recent"), WidgetFamily::systemLarge, WidgetSortOrder::recent, QPoint(400, 0) },
+    });
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    ASSERT_TRUE(test::waitFor([&] { return allShown(host); }));
+
+    PlacedWidget& byCategory = *host.find(QStringLiteral("by-category"));
+    PlacedWidget& byRecent = *host.find(QStringLiteral("by-recent"));
+    EXPECT_EQ(byCategory.shownEntry()->sortOrder, WidgetSortOrder::category);
+    EXPECT_EQ(byRecent.shownEntry()->sortOrder, WidgetSortOrder::recent);
+    EXPECT_EQ(itemRowOrder(*byCategory.window().rendered()), (std::vector<std::string> { "web", "db", "cache" }));
+    EXPECT_EQ(itemRowOrder(*byRecent.window().rendered()), (std::vector<std::string> { "db", "web", "cache" }));
+}
+
+TEST_F(DesktopHostTest, EditingOneInstancesSortOrderLeavesTheOtherAlone)
+{
+    publish();
+    instanceStore().save({
+        { QStringLiteral("a"), WidgetFamily::systemLarge, WidgetSortOrder::category, QPoint(0, 0) },
+        { QStringLiteral("b"), WidgetFamily::systemLarge, WidgetSortOrder::category, QPoint(400, 0) },
+    });
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    ASSERT_TRUE(test::waitFor([&] { return allShown(host); }));
+
+    PlacedWidget& a = *host.find(QStringLiteral("a"));
+    a.edit().choose(WidgetSortOrder::recent);
+    ASSERT_TRUE(test::waitFor([&] { return a.shownEntry()->sortOrder == WidgetSortOrder::recent; }));
+    EXPECT_EQ(itemRowOrder(*a.window().rendered()), (std::vector<std::string> { "db", "web", "cache" }));
+    EXPECT_EQ(host.find(QStringLiteral("b"))->shownEntry()->sortOrder, WidgetSortOrder::category);
+
+    const auto saved = savedInstances(host);
+    ASSERT_EQ(saved.size(), 2u);
+    EXPECT_EQ(saved[0].sortOrder, WidgetSortOrder::recent);
+    EXPECT_EQ(saved[1].sortOrder, WidgetSortOrder::category);
+}
+
+TEST_F(DesktopHostTest, ChangingTheSizeResizesAndSaves)
+{
+    publish();
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.placedWidgets().front();
+    placed.setFamily(WidgetFamily::systemExtraLarge);
+    EXPECT_EQ(placed.window().size(), QSize(766, 382));
+    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered() && placed.window().rendered()->family == WidgetFamily::systemExtraLarge; }));
+    EXPECT_EQ(savedInstances(host).front().family, WidgetFamily::systemExtraLarge);
+}
+
+TEST_F(DesktopHostTest, ANewSnapshotInTheContainerShowsWithoutBeingAsked)
+{
+    publish();
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.placedWidgets().front();
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry().has_value(); }));
+
+    WidgetSnapshot next = snapshot();
+    next.items.front().isRunning = false;
+    next.items.front().startedAt.reset();
+    store().writeSnapshot(next);
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry()->snapshot == next; }));
+}
+
+TEST_F(DesktopHostTest, AClickOnAStoppedItemQueuesAStartAndShowsItStarting)
+{
+    publish();
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.placedWidgets().front();
+    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+
+    clickButton(placed, "cache");
+    ASSERT_TRUE(test::waitFor([&] { return showsBusy(placed, "cache"); }));
+    EXPECT_EQ(placed.shownEntry()->pending, (Entry::Pending { { "cache", WidgetCommand::Action::start } }));
+    const auto commands = store().drainCommands();
+    ASSERT_EQ(commands.size(), 1u);
+    EXPECT_EQ(commands[0].itemID, "cache");
+    EXPECT_EQ(commands[0].action, WidgetCommand::Action::start);
+    EXPECT_FALSE(placed.window().hasNotice());
+}
+
+TEST_F(DesktopHostTest, AClickOnAGroupQueuesTheGroupsId)
+{
+    publish();
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.placedWidgets().front();
+    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+
+    clickButton(placed, "group:g");
+    ASSERT_TRUE(test::waitFor([&] { return showsBusy(placed, "group:g"); }));
+    const auto commands = store().drainCommands();
+    ASSERT_EQ(commands.size(), 1u);
+    EXPECT_EQ(commands[0].itemID, "group:g");
+    EXPECT_EQ(commands[0].action, WidgetCommand::Action::start);
+}
+
+TEST_F(DesktopHostTest, EveryPlacedWidgetShowsAClickedItemBusy)
+{
+    publish();
+    instanceStore().save({
+        { QStringLiteral("a"), WidgetFamily::systemMedium, WidgetSortOrder::category, QPoint(0, 0) },
+        { QStringLiteral("b"), WidgetFamily::systemLarge, WidgetSortOrder::category, QPoint(400, 0) },
+    });
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    ASSERT_TRUE(test::waitFor([&] { return allShown(host); }));
+    clickButton(*host.find(QStringLiteral("a")), "cache");
+    ASSERT_TRUE(test::waitFor([&] { return showsBusy(*host.find(QStringLiteral("b")), "cache"); }));
+}
+
+TEST_F(DesktopHostTest, AFailingIntentSaysSoOnTheWidgetAndChangesNothingElse)
+{
+    publish();
+    // A file where the commands folder belongs: no command can be written.
+    writeFile(store().root() / "commands", "");
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.placedWidgets().front();
+    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+    const Entry before = *placed.shownEntry();
+
+    clickButton(placed, "cache");
+    ASSERT_TRUE(test::waitFor([&] { return placed.window().hasNotice(); }));
+    EXPECT_TRUE(placed.shownEntry()->pending.empty());
+    EXPECT_EQ(placed.shownEntry()->snapshot, before.snapshot);
+    EXPECT_FALSE(showsBusy(placed, "cache"));
+    EXPECT_FALSE(std::filesystem::exists(store().root() / "pending.json"));
+    EXPECT_EQ(host.placedWidgets().size(), 1u);
+}
+
+TEST_F(DesktopHostTest, AMovedWidgetsNewPlaceIsSaved)
+{
+    publish();
+    instanceStore().save({ { QStringLiteral("a"), WidgetFamily::systemSmall, WidgetSortOrder::category, QPoint(100, 100) } });
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.placedWidgets().front();
+    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+
+    QSignalSpy clicks(&placed.window(), &WidgetWindow::actionClicked);
+    placed.window().move(QPoint(250, 180));
+    EXPECT_EQ(placed.instance().position, QPoint(250, 180));
+    EXPECT_EQ(savedInstances(host).front().position, QPoint(250, 180));
+    EXPECT_EQ(clicks.count(), 0);
+}
+
+TEST_F(DesktopHostTest, TheGalleryPlacesAWidgetOfTheChosenFamily)
+{
+    publish();
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    WidgetGallery& gallery = host.openGallery();
+    EXPECT_EQ(gallery.families(), (std::vector<WidgetFamily>(QuelmWidget::supportedFamilies.begin(), QuelmWidget::supportedFamilies.end())));
+    gallery.choose(WidgetFamily::systemSmall);
+    ASSERT_EQ(host.placedWidgets().size(), 2u);
+    EXPECT_EQ(host.placedWidgets()[1]->instance().family, WidgetFamily::systemSmall);
+    EXPECT_NE(host.placedWidgets()[1]->window().pos(), host.placedWidgets()[0]->window().pos());
+    EXPECT_EQ(savedInstances(host).size(), 2u);
+}
+
+TEST_F(DesktopHostTest, RemovingTheLastWidgetEndsTheHostWithAnEmptyList)
+{
+    publish();
+    instanceStore().save({
+        { QStringLiteral("a"), WidgetFamily::systemSmall, WidgetSortOrder::category, QPoint(0, 0) },
+        { QStringLiteral("b"), WidgetFamily::systemSmall, WidgetSortOrder::category, QPoint(200, 0) },
+    });
+    DesktopHost host(bundle, instanceStore());
+    QSignalSpy emptied(&host, &DesktopHost::emptied);
+    host.start(err);
+    host.remove(*host.find(QStringLiteral("a")));
+    EXPECT_EQ(emptied.count(), 0);
+    EXPECT_EQ(savedInstances(host).size(), 1u);
+    host.remove(*host.find(QStringLiteral("b")));
+    EXPECT_EQ(emptied.count(), 1);
+    EXPECT_TRUE(savedInstances(host).empty());
+}
+
+TEST_F(DesktopHostTest, StartingWithAnEmptyListOpensTheGalleryOrEndsAtLogin)
+{
+    instanceStore().save({});
+    {
+        DesktopHost host(bundle, instanceStore());
+        QSignalSpy emptied(&host, &DesktopHost::emptied);
+        host.start(err, DesktopHost::WhenEmpty::end);
+        EXPECT_EQ(emptied.count(), 1);
+    }
+    DesktopHost host(bundle, instanceStore());
+    QSignalSpy emptied(&host, &DesktopHost::emptied);
+    host.start(err);
+    EXPECT_EQ(emptied.count(), 0);
+    WidgetGallery& gallery = host.openGallery();
+    EXPECT_TRUE(gallery.isVisible());
+    gallery.reject();
+    EXPECT_EQ(emptied.count(), 1);
+}

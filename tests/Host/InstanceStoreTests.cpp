@@ -1,0 +1,194 @@
+#include "InstanceStore.h"
+
+#include "TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <filesystem>
+
+using namespace quelm;
+using quelm::host::InstanceStore;
+using quelm::host::WidgetInstance;
+using quelm::test::ScopedEnvironment;
+using quelm::test::TemporaryDirectory;
+using quelm::test::readFile;
+using quelm::test::writeFile;
+
+namespace {
+
+QString qt(const std::filesystem::path& path)
+{
+    return QString::fromStdString(path.string());
+}
+
+WidgetInstance instance(const char* id, WidgetFamily family, WidgetSortOrder sortOrder, std::optional<QPoint> position)
+{
+    return WidgetInstance { QString::fromLatin1(id), family, sortOrder, position };
+}
+
+}
+
+TEST(WidgetInstance, ANewInstanceHasAFreshIdAndTheDefaultConfiguration)
+{
+    const WidgetInstance first = WidgetInstance::placed(WidgetFamily::systemLarge);
+    const WidgetInstance second = WidgetInstance::placed(WidgetFamily::systemLarge);
+    EXPECT_FALSE(first.id.isEmpty());
+    EXPECT_NE(first.id, second.id);
+    EXPECT_EQ(first.family, WidgetFamily::systemLarge);
+    EXPECT_EQ(first.sortOrder, WidgetSortOrder::category);
+    EXPECT_EQ(first.configuration(), QuelmWidgetConfiguration());
+    EXPECT_EQ(first.position, std::nullopt);
+}
+
+TEST(WidgetInstance, CarriesItsOwnConfigurationAndFamilyToTheProvider)
+{
+    const WidgetInstance placed = instance("x", WidgetFamily::systemSmall, WidgetSortOrder::recent, std::nullopt);
+    EXPECT_EQ(placed.configuration().sortOrder, WidgetSortOrder::recent);
+    EXPECT_EQ(placed.timelineContext(), (TimelineContext { WidgetFamily::systemSmall, false }));
+}
+
+TEST(InstanceStore, TheDefaultFileIsUnderTheConfigHome)
+{
+    {
+        ScopedEnvironment config("XDG_CONFIG_HOME", "/somewhere/config");
+        EXPECT_EQ(InstanceStore::defaultFilePath(), QStringLiteral("/somewhere/config/quelm/widgets.json"));
+    }
+    {
+        ScopedEnvironment config("XDG_CONFIG_HOME", std::nullopt);
+        ScopedEnvironment home("HOME", "/home/someone");
+        EXPECT_EQ(InstanceStore::defaultFilePath(), QStringLiteral("/home/someone/.config/quelm/widgets.json"));
+    }
+    {
+        // A relative XDG_CONFIG_HOME is not a config home.
+        ScopedEnvironment config("XDG_CONFIG_HOME", "relative/config");
+        ScopedEnvironment home("HOME", "/home/someone");
+        EXPECT_EQ(InstanceStore::defaultFilePath(), QStringLiteral("/home/someone/.config/quelm/widgets.json"));
+    }
+    {
+        ScopedEnvironment config("XDG_CONFIG_HOME", std::nullopt);
+        ScopedEnvironment home("HOME", std::nullopt);
+        EXPECT_EQ(InstanceStore::defaultFilePath(), std::nullopt);
+    }
+}
+
+TEST(InstanceStore, WhatIsSavedLoadsBackTheSame)
+{
+    TemporaryDirectory directory;
+    const InstanceStore store(qt(directory / "quelm" / "widgets.json"));
+    const std::vector<WidgetInstance> instances {
+        instance("A", WidgetFamily::systemSmall, WidgetSortOrder::category, QPoint(10, 20)),
+        instance("B", WidgetFamily::systemMedium, WidgetSortOrder::recent, std::nullopt),
+        instance("C", WidgetFamily::systemLarge, WidgetSortOrder::recent, QPoint(-1200, 0)),
+        instance("D", WidgetFamily::systemExtraLarge, WidgetSortOrder::category, QPoint(1920, 1080)),
+    };
+    store.save(instances);
+
+    const InstanceStore::Loaded loaded = store.load();
+    EXPECT_EQ(loaded.problem, std::nullopt);
+    EXPECT_EQ(loaded.instances, instances);
+    // Nothing but the file itself is left in its folder.
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory / "quelm"), {}), 1);
+}
+
+TEST(InstanceStore, SavingReplacesTheWholeList)
+{
+    TemporaryDirectory directory;
+    const InstanceStore store(qt(directory / "widgets.json"));
+    store.save({ instance("A", WidgetFamily::systemSmall, WidgetSortOrder::category, std::nullopt),
+        instance("B", WidgetFamily::systemSmall, WidgetSortOrder::category, std::nullopt) });
+    store.save({ instance("B", WidgetFamily::systemLarge, WidgetSortOrder::recent, QPoint(1, 2)) });
+    EXPECT_EQ(store.load().instances, (std::vector { instance("B", WidgetFamily::systemLarge, WidgetSortOrder::recent, QPoint(1, 2)) }));
+}
+
+TEST(InstanceStore, AnEmptyListStaysEmpty)
+{
+    TemporaryDirectory directory;
+    const InstanceStore store(qt(directory / "widgets.json"));
+    store.save({});
+    const InstanceStore::Loaded loaded = store.load();
+    EXPECT_TRUE(loaded.instances.empty());
+    EXPECT_EQ(loaded.problem, std::nullopt);
+}
+
+TEST(InstanceStore, WithoutAFileOneMediumWidgetIsPlaced)
+{
+    TemporaryDirectory directory;
+    const InstanceStore store(qt(directory / "quelm" / "widgets.json"));
+    const InstanceStore::Loaded loaded = store.load();
+    ASSERT_EQ(loaded.instances.size(), 1u);
+    EXPECT_EQ(loaded.instances[0].family, WidgetFamily::systemMedium);
+    EXPECT_EQ(loaded.instances[0].sortOrder, WidgetSortOrder::category);
+    EXPECT_EQ(loaded.problem, std::nullopt);
+    EXPECT_FALSE(std::filesystem::exists(directory / "quelm" / "widgets.json.bad"));
+}
+
+TEST(InstanceStore, ADamagedFileIsMovedAsideAndOneMediumWidgetIsPlaced)
+{
+    for (const std::string& damaged : {
+             std::string("{\"widgets\": [ {\"id\": \"A\", \"fam"),
+             std::string("[]"),
+             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"systemHuge\"}]}"),
+             std::string("{\"widgets\": [{\"family\": \"systemSmall\"}]}"),
+             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"systemSmall\", \"sortOrder\": \"Recent\"}]}"),
+             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"systemSmall\", \"position\": {\"x\": 1.5, \"y\": 0}}]}"),
+             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"systemSmall\"}, {\"id\": \"A\", \"family\": \"systemLarge\"}]}"),
+             std::string("\xff\xfe garbage"),
+         }) {
+        SCOPED_TRACE(damaged);
+        TemporaryDirectory directory;
+        const auto file = directory / "widgets.json";
+        writeFile(file, damaged);
+        const InstanceStore store(qt(file));
+
+        const InstanceStore::Loaded loaded = store.load();
+        ASSERT_EQ(loaded.instances.size(), 1u);
+        EXPECT_EQ(loaded.instances[0].family, WidgetFamily::systemMedium);
+        ASSERT_TRUE(loaded.problem);
+        EXPECT_TRUE(loaded.problem->contains(QStringLiteral("damaged")));
+        EXPECT_TRUE(loaded.problem->contains(qt(file) + QStringLiteral(".bad")));
+        EXPECT_TRUE(loaded.problem->contains(QStringLiteral("one medium widget")));
+
+        EXPECT_FALSE(std::filesystem::exists(file));
+        EXPECT_EQ(readFile(directory / "widgets.json.bad"), damaged);
+    }
+}
+
+TEST(InstanceStore, AnOlderDamagedCopyIsReplaced)
+{
+    TemporaryDirectory directory;
+    writeFile(directory / "widgets.json.bad", "old");
+    writeFile(directory / "widgets.json", "new and broken");
+    InstanceStore(qt(directory / "widgets.json")).load();
+    EXPECT_EQ(readFile(directory / "widgets.json.bad"), "new and broken");
+}
+
+TEST(InstanceStore, AnInstanceWithoutASortOrderSortsByCategory)
+{
+    const auto instances = InstanceStore::decode(R"({"widgets": [{"id": "A", "family": "systemLarge"}]})");
+    ASSERT_EQ(instances.size(), 1u);
+    EXPECT_EQ(instances[0].sortOrder, WidgetSortOrder::category);
+    EXPECT_EQ(instances[0].position, std::nullopt);
+}
+
+TEST(InstanceStore, TheFileIsReadableJson)
+{
+    const QByteArray bytes = InstanceStore::encode({ instance("A", WidgetFamily::systemExtraLarge, WidgetSortOrder::recent, QPoint(5, 6)) });
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    const auto widget = document.object().value(QStringLiteral("widgets")).toArray().at(0).toObject();
+    EXPECT_EQ(widget.value(QStringLiteral("id")).toString(), QStringLiteral("A"));
+    EXPECT_EQ(widget.value(QStringLiteral("family")).toString(), QStringLiteral("systemExtraLarge"));
+    EXPECT_EQ(widget.value(QStringLiteral("sortOrder")).toString(), QStringLiteral("recent"));
+    EXPECT_EQ(widget.value(QStringLiteral("position")).toObject().value(QStringLiteral("x")).toInt(), 5);
+}
+
+TEST(InstanceStore, SavingWhereNoFileCanBeWrittenThrows)
+{
+    TemporaryDirectory directory;
+    writeFile(directory / "not-a-folder", "");
+    const InstanceStore store(qt(directory / "not-a-folder" / "widgets.json"));
+    EXPECT_THROW(store.save({}), std::runtime_error);
+}

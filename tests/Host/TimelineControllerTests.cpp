@@ -1,0 +1,125 @@
+#include "TimelineController.h"
+
+#include "HostTestSupport.h"
+
+#include <quelm/Uuid.h>
+#include <quelm/WireFormat.h>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using namespace quelm;
+using namespace quelm::host;
+
+namespace {
+
+WidgetSnapshot snapshotWith(std::vector<WidgetItem> items)
+{
+    WidgetSnapshot snapshot;
+    snapshot.items = std::move(items);
+    snapshot.updatedAt = Date::now();
+    return snapshot;
+}
+
+class TimelineControllerTest : public test::HostTest {
+protected:
+    void SetUp() override
+    {
+        store().writeSnapshot(snapshotWith({ WidgetItem { "a", "alpha", "node", true } }));
+        store().touchHeartbeat(Date::now());
+    }
+
+    // The entries a controller makes current, in order.
+    static std::vector<Entry>& record(TimelineController& controller, std::vector<Entry>& into)
+    {
+        QObject::connect(&controller, &TimelineController::entryChanged, &controller, [&into](const Entry& entry) { into.push_back(entry); });
+        return into;
+    }
+};
+
+}
+
+TEST_F(TimelineControllerTest, TheFirstTimelineComesFromTheProviderOffTheUiThread)
+{
+    TimelineController controller(Provider(), QuelmWidgetConfiguration(), WidgetFamily::systemMedium);
+    std::vector<Entry> entries;
+    record(controller, entries);
+    EXPECT_FALSE(controller.currentEntry());
+    controller.reload();
+    // Asked, not answered yet: the UI thread did not wait for the container.
+    EXPECT_TRUE(controller.isLoading() || !entries.empty());
+    ASSERT_TRUE(test::waitFor([&] { return !entries.empty(); }));
+    EXPECT_EQ(entries.front().appStatus, SharedStore::AppStatus::running);
+    ASSERT_EQ(entries.front().snapshot.items.size(), 1u);
+    EXPECT_EQ(controller.currentEntry(), entries.front());
+}
+
+TEST_F(TimelineControllerTest, EachInstanceGetsItsOwnSortOrder)
+{
+    TimelineController byCategory(Provider(), QuelmWidgetConfiguration(WidgetSortOrder::category), WidgetFamily::systemMedium);
+    TimelineController byRecent(Provider(), QuelmWidgetConfiguration(WidgetSortOrder::recent), WidgetFamily::systemMedium);
+    byCategory.reload();
+    byRecent.reload();
+    ASSERT_TRUE(test::waitFor([&] { return byCategory.currentEntry() && byRecent.currentEntry(); }));
+    EXPECT_EQ(byCategory.currentEntry()->sortOrder, WidgetSortOrder::category);
+    EXPECT_EQ(byRecent.currentEntry()->sortOrder, WidgetSortOrder::recent);
+    EXPECT_EQ(byCategory.currentEntry()->snapshot, byRecent.currentEntry()->snapshot);
+}
+
+TEST_F(TimelineControllerTest, AReloadShowsTheNewState)
+{
+    TimelineController controller(Provider(), QuelmWidgetConfiguration(), WidgetFamily::systemLarge);
+    controller.reload();
+    ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry().has_value(); }));
+
+    const WidgetSnapshot next = snapshotWith({ WidgetItem { "b", "beta", "docker", false } });
+    store().writeSnapshot(next);
+    controller.reload();
+    ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry()->snapshot == next; }));
+}
+
+TEST_F(TimelineControllerTest, RequestsMadeWhileLoadingEndOnTheLatestState)
+{
+    TimelineController controller(Provider(), QuelmWidgetConfiguration(), WidgetFamily::systemLarge);
+    const WidgetSnapshot last = snapshotWith({ WidgetItem { "z", "zeta", "server", true } });
+    controller.reload();
+    controller.reload();
+    store().writeSnapshot(last);
+    controller.reload();
+    ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry() && controller.currentEntry()->snapshot == last && !controller.isLoading(); }));
+}
+
+TEST_F(TimelineControllerTest, AChangedConfigurationDropsTheTimelineAskedBefore)
+{
+    TimelineController controller(Provider(), QuelmWidgetConfiguration(WidgetSortOrder::category), WidgetFamily::systemLarge);
+    std::vector<Entry> entries;
+    record(controller, entries);
+    controller.reload();
+    controller.setConfiguration(QuelmWidgetConfiguration(WidgetSortOrder::recent));
+    ASSERT_TRUE(test::waitFor([&] { return !entries.empty() && !controller.isLoading(); }));
+    for (const Entry& entry : entries)
+        EXPECT_EQ(entry.sortOrder, WidgetSortOrder::recent);
+    EXPECT_EQ(controller.configuration().sortOrder, WidgetSortOrder::recent);
+}
+
+TEST_F(TimelineControllerTest, APendingCommandShowsFirstAndItsClearedCopyIsScheduled)
+{
+    const WidgetCommand command("a", WidgetCommand::Action::stop, Uuid::random(), Date::now());
+    store().enqueue(command);
+    store().markPending(command);
+    TimelineController controller(Provider(), QuelmWidgetConfiguration(), WidgetFamily::systemMedium);
+    controller.reload();
+    ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry().has_value(); }));
+    EXPECT_EQ(controller.currentEntry()->pending, (Entry::Pending { { "a", WidgetCommand::Action::stop } }));
+}
+
+TEST_F(TimelineControllerTest, WithoutAContainerTheWidgetHasNoAccess)
+{
+    test::ScopedEnvironment data("XDG_DATA_HOME", std::nullopt);
+    test::ScopedEnvironment home("HOME", std::nullopt);
+    TimelineController controller(Provider(), QuelmWidgetConfiguration(), WidgetFamily::systemMedium);
+    controller.reload();
+    ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry().has_value(); }));
+    EXPECT_EQ(controller.currentEntry()->appStatus, SharedStore::AppStatus::noAccess);
+}

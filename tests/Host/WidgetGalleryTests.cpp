@@ -1,0 +1,61 @@
+#include "WidgetGallery.h"
+
+#include "HostTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
+#include <QToolButton>
+
+using namespace quelm;
+using namespace quelm::host;
+
+namespace {
+
+class WidgetGalleryTest : public test::HostTest { };
+
+}
+
+TEST_F(WidgetGalleryTest, OffersTheDeclaredFamiliesInOrder)
+{
+    const QuelmWidgetBundle bundle;
+    const WidgetGallery gallery(bundle.widget(), views::Palette());
+    EXPECT_EQ(gallery.families(), (std::vector { WidgetFamily::systemSmall, WidgetFamily::systemMedium, WidgetFamily::systemLarge, WidgetFamily::systemExtraLarge }));
+    const auto buttons = gallery.findChildren<QToolButton*>();
+    ASSERT_EQ(buttons.size(), 4);
+    EXPECT_EQ(buttons[0]->text(), QStringLiteral("Pequeno"));
+    EXPECT_EQ(buttons[1]->text(), QStringLiteral("Médio"));
+    EXPECT_EQ(buttons[2]->text(), QStringLiteral("Grande"));
+    EXPECT_EQ(buttons[3]->text(), QStringLiteral("Extragrande"));
+}
+
+TEST_F(WidgetGalleryTest, EveryFamilyGetsAPreviewOfTheSample)
+{
+    // A live container that would look different: previews still show the sample.
+    WidgetSnapshot live;
+    live.items = { WidgetItem { "only", "only", "node", true } };
+    store().writeSnapshot(live);
+    store().touchHeartbeat(Date::now());
+
+    const QuelmWidgetBundle bundle;
+    WidgetGallery gallery(bundle.widget(), views::Palette());
+    QSignalSpy ready(&gallery, &WidgetGallery::previewsReady);
+    ASSERT_TRUE(ready.count() > 0 || ready.wait(test::eventDeadlineMilliseconds));
+    for (const WidgetFamily family : gallery.families())
+        EXPECT_TRUE(gallery.hasPreview(family));
+    const auto buttons = gallery.findChildren<QToolButton*>();
+    EXPECT_EQ(buttons[3]->iconSize(), QSize(383, 191));
+    EXPECT_FALSE(buttons[3]->icon().isNull());
+}
+
+TEST_F(WidgetGalleryTest, ChoosingAPreviewPlacesThatFamily)
+{
+    const QuelmWidgetBundle bundle;
+    WidgetGallery gallery(bundle.widget(), views::Palette());
+    gallery.show();
+    QSignalSpy chosen(&gallery, &WidgetGallery::familyChosen);
+    gallery.findChildren<QToolButton*>()[2]->click();
+    ASSERT_EQ(chosen.count(), 1);
+    EXPECT_EQ(chosen.at(0).at(0).value<WidgetFamily>(), WidgetFamily::systemLarge);
+    EXPECT_FALSE(gallery.isVisible());
+}

@@ -1,0 +1,171 @@
+#include "WidgetWindow.h"
+
+#include "HostTestSupport.h"
+#include "QuelmWidgetBundle.h"
+
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
+
+using namespace quelm;
+using namespace quelm::host;
+
+namespace {
+
+constexpr Date now { 1'700'000'000 };
+
+Entry entryWith(Entry::Pending pending = {})
+{
+    Entry entry;
+    entry.date = now;
+    entry.appStatus = SharedStore::AppStatus::running;
+    entry.snapshot.items = { WidgetItem { "db", "postgres", "database", false }, WidgetItem { "api", "api", "node", true } };
+    entry.pending = std::move(pending);
+    return entry;
+}
+
+views::RenderedWidget render(const Entry& entry, WidgetFamily family)
+{
+    views::RenderOptions options;
+    options.now = now;
+    options.currentLocale = "pt_BR.UTF-8";
+    return views::renderWidget(entry, family, options);
+}
+
+QPoint buttonCentre(const views::RenderedWidget& rendered, const std::string& itemID)
+{
+    for (const views::ViewNode* node : views::nodesOfType<views::node::Button>(rendered.root)) {
+        if (node->as<views::node::Button>()->itemID == itemID)
+            return QPoint(static_cast<int>(node->frame.x + node->frame.width / 2), static_cast<int>(node->frame.y + node->frame.height / 2));
+    }
+    throw std::runtime_error("no button for " + itemID);
+}
+
+class WidgetWindowTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { test::hostApplication(); }
+};
+
+}
+
+TEST_F(WidgetWindowTest, IsAFramelessTranslucentWindowBelowTheOthers)
+{
+    const WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
+    EXPECT_TRUE(window.isWindow());
+    EXPECT_TRUE(window.windowFlags() & Qt::FramelessWindowHint);
+    EXPECT_TRUE(window.windowFlags() & Qt::WindowStaysOnBottomHint);
+    EXPECT_FALSE(window.windowFlags() & Qt::WindowStaysOnTopHint);
+    EXPECT_TRUE(window.testAttribute(Qt::WA_TranslucentBackground));
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("Quelm"));
+}
+
+TEST_F(WidgetWindowTest, TakesItsFamilysSize)
+{
+    WidgetWindow window(WidgetFamily::systemSmall, views::Palette());
+    EXPECT_EQ(window.size(), QSize(170, 170));
+    window.setFamily(WidgetFamily::systemMedium);
+    EXPECT_EQ(window.size(), QSize(364, 170));
+    window.setFamily(WidgetFamily::systemLarge);
+    EXPECT_EQ(window.size(), QSize(364, 382));
+    window.setFamily(WidgetFamily::systemExtraLarge);
+    EXPECT_EQ(window.size(), QSize(766, 382));
+    EXPECT_EQ(window.minimumSize(), window.maximumSize());
+}
+
+TEST_F(WidgetWindowTest, AClickOnAButtonAsksForItsIntent)
+{
+    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
+    const auto rendered = render(entryWith(), WidgetFamily::systemMedium);
+    window.setRendered(rendered, WidgetWindow::Transition::none);
+    window.show();
+    QSignalSpy clicked(&window, &WidgetWindow::actionClicked);
+
+    QTest::mouseClick(&window, Qt::LeftButton, {}, buttonCentre(rendered, "db"));
+    ASSERT_EQ(clicked.count(), 1);
+    EXPECT_EQ(clicked.at(0).at(0).value<ClickAction>(), ClickAction(ToggleItemIntent("db", true)));
+
+    QTest::mouseClick(&window, Qt::LeftButton, {}, buttonCentre(rendered, "api"));
+    ASSERT_EQ(clicked.count(), 2);
+    EXPECT_EQ(clicked.at(1).at(0).value<ClickAction>(), ClickAction(ToggleItemIntent("api", false)));
+}
+
+TEST_F(WidgetWindowTest, AClickBesideTheButtonsOrWithAnotherButtonDoesNothing)
+{
+    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
+    const auto rendered = render(entryWith(), WidgetFamily::systemMedium);
+    window.setRendered(rendered, WidgetWindow::Transition::none);
+    window.show();
+    QSignalSpy clicked(&window, &WidgetWindow::actionClicked);
+    QTest::mouseClick(&window, Qt::LeftButton, {}, QPoint(40, 150));
+    QTest::mouseClick(&window, Qt::MiddleButton, {}, buttonCentre(rendered, "db"));
+    EXPECT_EQ(clicked.count(), 0);
+}
+
+TEST_F(WidgetWindowTest, ADragMovesTheWindowInsteadOfClicking)
+{
+    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
+    const auto rendered = render(entryWith(), WidgetFamily::systemMedium);
+    window.setRendered(rendered, WidgetWindow::Transition::none);
+    window.move(100, 100);
+    window.show();
+    QSignalSpy clicked(&window, &WidgetWindow::actionClicked);
+    QSignalSpy moved(&window, &WidgetWindow::moved);
+
+    const QPoint start = buttonCentre(rendered, "db");
+    QTest::mousePress(&window, Qt::LeftButton, {}, start);
+    QTest::mouseMove(&window, start + QPoint(30, 20));
+    QTest::mouseRelease(&window, Qt::LeftButton, {}, start + QPoint(30, 20));
+    EXPECT_EQ(clicked.count(), 0);
+    EXPECT_GE(moved.count(), 1);
+    EXPECT_EQ(window.pos(), QPoint(130, 120));
+}
+
+TEST_F(WidgetWindowTest, AnotherStateFadesInAndTheFadeEnds)
+{
+    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
+    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    window.show();
+    EXPECT_FALSE(window.isAnimating());
+    window.setRendered(render(entryWith({ { "db", WidgetCommand::Action::start } }), WidgetFamily::systemMedium), WidgetWindow::Transition::crossFade);
+    EXPECT_TRUE(window.isAnimating());
+    EXPECT_TRUE(test::waitFor([&] { return !window.isAnimating(); }));
+}
+
+TEST_F(WidgetWindowTest, ARedrawOfTheSameStateDoesNotAnimate)
+{
+    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
+    window.show();
+    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    EXPECT_FALSE(window.isAnimating());
+}
+
+TEST_F(WidgetWindowTest, TheFirstRepaintShowingTheClickedItemBusyIsReported)
+{
+    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
+    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    QSignalSpy shown(&window, &WidgetWindow::pendingShown);
+    window.probePending("db");
+    window.repaint();
+    EXPECT_EQ(shown.count(), 0);
+
+    window.setRendered(render(entryWith({ { "db", WidgetCommand::Action::start } }), WidgetFamily::systemMedium), WidgetWindow::Transition::crossFade);
+    window.repaint();
+    ASSERT_EQ(shown.count(), 1);
+    EXPECT_EQ(shown.at(0).at(0).toString(), QStringLiteral("db"));
+    EXPECT_GE(shown.at(0).at(1).toDouble(), 0.0);
+    window.repaint();
+    EXPECT_EQ(shown.count(), 1);
+}
+
+TEST_F(WidgetWindowTest, ANoticeShowsOverTheWidget)
+{
+    WidgetWindow window(WidgetFamily::systemSmall, views::Palette());
+    window.show();
+    EXPECT_FALSE(window.hasNotice());
+    window.showNotice(QStringLiteral("Não foi possível enviar o pedido."));
+    EXPECT_TRUE(window.hasNotice());
+    window.repaint();
+}
