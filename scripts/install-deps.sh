@@ -26,3 +26,8 @@ if ((${#missing[@]})); then
   $sudo apt-get update -q
   $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"
 fi
+
+# The icon set, pinned by package-lock.json; the build picks its symbols from node_modules.
+if [ ! -d "$(dirname "$0")/../node_modules/@phosphor-icons/core" ]; then
+  (cd "$(dirname "$0")/.." && npm ci --no-audit --no-fund)
+fi

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds with warnings as errors, and runs every test twice: once in a
-# plain build and once under AddressSanitizer and UndefinedBehaviorSanitizer. Suites that need a
-# session bus or a display get their own, private ones.
+# Installs what is missing, builds with warnings as errors, runs every test twice (once in a
+# plain build, once under AddressSanitizer and UndefinedBehaviorSanitizer), then each fuzzer for a
+# minute. Suites that need a session bus or a display get their own, private ones.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -18,3 +18,5 @@ run_suite() {
 run_suite build/test -DCMAKE_BUILD_TYPE=RelWithDebInfo
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
     run_suite build/sanitize -DCMAKE_BUILD_TYPE=Debug -DQUELM_SANITIZE=ON -DQUELM_BUILD_BENCH=OFF
+# Every fuzzer for a minute, on a clang build of its own; any crash fails the run.
+bash scripts/fuzz.sh 60
