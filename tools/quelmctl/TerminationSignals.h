@@ -26,6 +26,9 @@ public:
     // The signal mask that a spawned child should start with: the one before construction.
     const sigset_t& previousMask() const { return m_previous; }
 
+    // SIGINT and SIGTERM, for a loop that takes them through a descriptor instead of `wait`.
+    const sigset_t& signals() const { return m_signals; }
+
 private:
     sigset_t m_signals;
     sigset_t m_previous;

@@ -3,6 +3,7 @@
 #include "Arguments.h"
 #include "CommandHook.h"
 #include "CommandOutput.h"
+#include "SessionBus.h"
 #include "StoreLocation.h"
 #include "TerminationSignals.h"
 
@@ -11,8 +12,6 @@
 #include <quelm/SharedStore.h>
 
 #include <condition_variable>
-#include <cstdlib>
-#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -61,16 +60,6 @@ private:
     bool m_dirty = true; // the first drain, at start
     bool m_stopping = false;
 };
-
-// The observer stays silent without a session bus; say so instead of waiting in vain.
-bool sessionBusLikely()
-{
-    if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address)
-        return true;
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    std::error_code error;
-    return runtime && *runtime && std::filesystem::exists(std::filesystem::path(runtime) / "bus", error);
-}
 
 int runWatch(const Invocation& invocation)
 {

@@ -2,6 +2,7 @@
 
 #include "Arguments.h"
 #include "Command.h"
+#include "DemoCommand.h"
 #include "DrainCommand.h"
 #include "HeartbeatCommand.h"
 #include "MarkCommand.h"
@@ -22,7 +23,7 @@ namespace {
 
 using namespace quelmctl;
 
-const std::array<const Command*, 7> commands {
+const std::array<const Command*, 8> commands {
     &publishCommand,
     &heartbeatCommand,
     &drainCommand,
@@ -30,6 +31,7 @@ const std::array<const Command*, 7> commands {
     &toggleCommand,
     &statusCommand,
     &markCommand,
+    &demoCommand,
 };
 
 const Command* findCommand(std::string_view name)
