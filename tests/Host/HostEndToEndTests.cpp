@@ -1,7 +1,10 @@
 // Runs the built quelm-widget as the desktop host on a display of the test's own (Xvfb), clicks
-// its buttons with xdotool where `quelm-widget render --format json` says they are, and plays the
-// companion app's part with quelmctl. The programs are found through $QUELM_WIDGET and $QUELMCTL.
+// its buttons with xdotool where `quelm-widget render --format json` says they are, and lets
+// `quelmctl demo` play the companion app, which takes the click's command and carries it out. The
+// programs are found through $QUELM_WIDGET and $QUELMCTL.
 
+#include "SessionBus.h"
+#include "ChildWithOutput.h"
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +30,6 @@ using nlohmann::json;
 using quelm::test::ScopedEnvironment;
 using quelm::test::TemporaryDirectory;
 using quelm::test::readFile;
-using quelm::test::writeFile;
 
 namespace {
 
@@ -75,89 +77,8 @@ Finished run(const std::vector<std::string>& arguments)
     return result;
 }
 
-// A child process whose standard output the test reads line by line, ended with the test.
-class Child {
-public:
-    // `outputFd`: where in the child its pipe goes (1 for standard output).
-    explicit Child(std::vector<std::string> arguments, int outputFd = STDOUT_FILENO)
-    {
-        int pipe[2];
-        if (::pipe2(pipe, O_CLOEXEC) != 0)
-            throw std::runtime_error("pipe2 failed");
-        const pid_t parent = ::getpid();
-        m_pid = ::fork();
-        if (m_pid == 0) {
-            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            if (::getppid() != parent)
-                ::_exit(127);
-            ::dup2(pipe[1], outputFd);
-            ::fcntl(outputFd, F_SETFD, 0); // inherited across exec, also when it was the pipe itself
-            std::vector<char*> argv;
-            for (auto& argument : arguments)
-                argv.push_back(argument.data());
-            argv.push_back(nullptr);
-            ::execvp(argv[0], argv.data());
-            ::_exit(127);
-        }
-        ::close(pipe[1]);
-        m_output = pipe[0];
-        if (m_pid < 0)
-            throw std::runtime_error("fork failed");
-    }
-    ~Child()
-    {
-        ::kill(m_pid, SIGTERM);
-        int status = 0;
-        while (::waitpid(m_pid, &status, 0) < 0 && errno == EINTR) {
-        }
-        ::close(m_output);
-    }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    // The next line (from where the last call stopped) for which `wanted` holds; none when the
-    // deadline passes or the child ends first.
-    std::optional<std::string> waitForLine(const std::function<bool(const std::string&)>& wanted)
-    {
-        const auto end = Clock::now() + deadline;
-        for (;;) {
-            while (true) {
-                const auto newline = m_buffer.find('\n');
-                if (newline == std::string::npos)
-                    break;
-                std::string line = m_buffer.substr(0, newline);
-                m_buffer.erase(0, newline + 1);
-                m_lines.push_back(line);
-                if (wanted(line))
-                    return line;
-            }
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
-            if (left <= 0)
-                return std::nullopt;
-            pollfd readable { m_output, POLLIN, 0 };
-            const int ready = ::poll(&readable, 1, static_cast<int>(left));
-            if (ready < 0 && errno == EINTR)
-                continue;
-            if (ready <= 0)
-                return std::nullopt;
-            char chunk[65536];
-            const ssize_t count = ::read(m_output, chunk, sizeof chunk);
-            if (count < 0 && errno == EINTR)
-                continue;
-            if (count <= 0)
-                return std::nullopt;
-            m_buffer.append(chunk, static_cast<std::size_t>(count));
-        }
-    }
-
-    const std::vector<std::string>& lines() const { return m_lines; }
-
-private:
-    pid_t m_pid = -1;
-    int m_output = -1;
-    std::string m_buffer;
-    std::vector<std::string> m_lines;
-};
+// A display, the companion and the host: each read line by line, each ended with the test.
+using Child = quelm::test::ChildWithOutput;
 
 bool startsWith(const std::string& text, const std::string& prefix)
 {
@@ -188,6 +109,17 @@ bool rowShowsText(const json& row, const std::string& text)
     return findNode(row, [&](const json& node) { return node["type"] == "text" && node["text"] == text; }) != nullptr;
 }
 
+// The row of `id` in a "render ID JSON" line of the host's trace, if the line is one and has it.
+std::optional<json> renderedRow(const std::string& line, const std::string& id)
+{
+    if (!startsWith(line, "render "))
+        return std::nullopt;
+    const json tree = json::parse(line.substr(line.find(' ', 7) + 1));
+    if (const json* row = rowOf(tree, id))
+        return *row;
+    return std::nullopt;
+}
+
 struct WindowPlace {
     std::string id;
     int x = 0;
@@ -204,13 +136,15 @@ protected:
         ASSERT_TRUE(number) << "Xvfb did not start (is it installed?)";
         m_displayName.emplace("DISPLAY", ":" + *number);
 
-        writeFile(directory / "snapshot.json", R"json({"items":[
-            {"id":"api","title":"my-api (dev)","category":"node","isRunning":true,"port":3000,"startedAt":1700000000},
-            {"id":"db","title":"postgres","category":"database","isRunning":false}],
-          "groups":[{"id":"group:work","name":"Trabalho","memberCount":3,"runningCount":0,"isActive":false}],
-          "sessions":[],"updatedAt":0})json");
-        ASSERT_EQ(quelmctl({ "publish", (directory / "snapshot.json").string(), "--stamp" }).status, 0);
-        ASSERT_EQ(quelmctl({ "heartbeat" }).status, 0);
+        // The companion app: the sample's items, a group of three, two sessions, and a heartbeat.
+        m_companion.emplace(std::vector<std::string> { requiredEnvironment("QUELMCTL"), "demo" });
+        ASSERT_TRUE(companionSays("demo: waiting for the widget's commands")) << "the demo did not start";
+    }
+
+    // Waits for the demo to print `line`.
+    bool companionSays(const std::string& line)
+    {
+        return m_companion->waitForLine([&](const std::string& said) { return said == line; }).has_value();
     }
 
     Finished quelmctl(std::vector<std::string> arguments)
@@ -264,39 +198,40 @@ protected:
         ASSERT_EQ(clicked.status, 0) << "xdotool failed";
     }
 
-    // Clicks the start button of a stopped item or group and follows the request to the app.
+    // The companion stops `id` first (the sample's medium widget shows no stopped item, and its
+    // group runs); then a click on its start button goes to the app, and the widget shows it
+    // starting, then running.
     void startsWithOneClick(const std::string& id)
     {
+        ASSERT_EQ(quelmctl({ "toggle", id, "--stop" }).status, 0);
+        ASSERT_TRUE(companionSays("demo: " + id + " stopped")) << "the demo did not stop " << id;
+
         const WindowPlace window = startHost();
         click(window, buttonCentre(id));
 
         ASSERT_TRUE(m_host->waitForLine([&](const std::string& line) { return line == "intent " + window.id + " ok " + id; }))
             << "the intent did not run";
-        // The command is in the container: one file, and the app's drain gets it.
-        const auto commands = std::distance(std::filesystem::directory_iterator(container() / "commands"), {});
-        EXPECT_EQ(commands, 1);
+        ASSERT_TRUE(companionSays("demo: start " + id + " → starting")) << "the command did not reach the app";
 
-        // The host's next render shows the row starting.
-        std::optional<json> shown;
+        // The host's next renders show the row starting (from the pending mark or from the app's
+        // transition, whichever comes first), then running once the app has started it.
+        std::optional<json> starting;
         ASSERT_TRUE(m_host->waitForLine([&](const std::string& line) {
-            if (!startsWith(line, "render "))
-                return false;
-            const json tree = json::parse(line.substr(line.find(' ', 7) + 1));
-            const json* row = rowOf(tree, id);
-            if (!row || !(*row)["busy"].get<bool>())
-                return false;
-            shown = *row;
-            return true;
+            starting = renderedRow(line, id);
+            return starting && (*starting)["busy"].get<bool>();
         })) << "the widget never showed " << id << " busy";
-        EXPECT_TRUE((*shown)["appearsRunning"].get<bool>());
-        EXPECT_TRUE(rowShowsText(*shown, "Iniciando…")) << shown->dump();
+        EXPECT_TRUE((*starting)["appearsRunning"].get<bool>());
+        EXPECT_TRUE(rowShowsText(*starting, "Iniciando…")) << starting->dump();
 
-        const Finished drained = quelmctl({ "drain", "--json" });
-        ASSERT_EQ(drained.status, 0);
-        const json command = json::parse(drained.out.substr(0, drained.out.find('\n')));
-        EXPECT_EQ(command["itemID"], id);
-        EXPECT_EQ(command["action"], "start");
-        EXPECT_EQ(drained.out.find('\n'), drained.out.size() - 1) << "more than one command: " << drained.out;
+        ASSERT_TRUE(companionSays("demo: " + id + " running")) << "the app did not start " << id;
+        std::optional<json> running;
+        ASSERT_TRUE(m_host->waitForLine([&](const std::string& line) {
+            running = renderedRow(line, id);
+            return running && (*running)["appearsRunning"].get<bool>() && !(*running)["busy"].get<bool>();
+        })) << "the widget never showed " << id << " running";
+        EXPECT_FALSE(rowShowsText(*running, "Iniciando…")) << running->dump();
+
+        EXPECT_TRUE(std::filesystem::is_empty(container() / "commands")) << "the app took every command";
     }
 
     std::filesystem::path container() const { return directory / "data" / "group-containers" / "local.dev.quelm.Quelm"; }
@@ -310,19 +245,20 @@ protected:
     ScopedEnvironment locale { "LC_ALL", "C.UTF-8" };
     std::optional<Child> m_display;
     std::optional<ScopedEnvironment> m_displayName;
+    std::optional<Child> m_companion;
     std::optional<Child> m_host;
 };
 
 }
 
-TEST_F(HostEndToEnd, AClickOnAStoppedItemQueuesItsStartAndTheWidgetShowsItStarting)
+TEST_F(HostEndToEnd, AClickOnAStoppedItemStartsItThroughTheAppAndTheWidgetShowsItStartingThenRunning)
 {
-    startsWithOneClick("db");
+    startsWithOneClick("b");
 }
 
-TEST_F(HostEndToEnd, AClickOnAStoppedGroupQueuesItsStartAndTheWidgetShowsItStarting)
+TEST_F(HostEndToEnd, AClickOnAStoppedGroupStartsItThroughTheAppAndTheWidgetShowsItStartingThenRunning)
 {
-    startsWithOneClick("group:work");
+    startsWithOneClick("group:x");
 }
 
 TEST_F(HostEndToEnd, TheFirstStartPlacesOneMediumWidgetAndSavesIt)
