@@ -146,8 +146,9 @@ void DesktopHost::intentFinished(const QString& origin, const ToggleItemIntent& 
 {
     HostTrace::line(QStringLiteral("intent %1 %2 %3").arg(origin, error.isEmpty() ? QStringLiteral("ok") : QStringLiteral("failed"),
         error.isEmpty() ? QString::fromStdString(intent.itemID.value_or("")) : error));
-    if (!error.isEmpty()) {
-        if (PlacedWidget* placed = find(origin))
+    if (PlacedWidget* placed = find(origin)) {
+        placed->intentEnded(intent.itemID.value_or(""));
+        if (!error.isEmpty())
             placed->intentFailed(error);
     }
     // The intent marked its item pending: every widget shows it now, not at its next reload.

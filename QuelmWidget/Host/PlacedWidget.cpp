@@ -126,11 +126,20 @@ void PlacedWidget::intentFailed(const QString& error)
     m_window->showNotice(hostText(HostTexts::requestFailed));
 }
 
+std::optional<Entry> PlacedWidget::displayedEntry() const
+{
+    if (!m_shown || m_requested.empty())
+        return m_shown;
+    return m_requested.appliedTo(*m_shown);
+}
+
 void PlacedWidget::entryChanged(const Entry& entry)
 {
-    const bool sameState = m_shown && showSameState(*m_shown, entry);
-    const bool first = !m_shown;
+    const std::optional<Entry> before = displayedEntry();
+    m_requested.dropEnded();
     m_shown = entry;
+    const bool sameState = before && showSameState(*before, *displayedEntry());
+    const bool first = !before;
     if (sameState) {
         // Nothing to redraw; the relative-time timer keeps running as it was.
         return;
@@ -145,7 +154,7 @@ void PlacedWidget::render(WidgetWindow::Transition transition)
     views::RenderOptions options;
     options.now = Date::now();
     options.currentLocale = views::Localizer::currentLocaleName();
-    const WidgetView view = m_widget.content(*m_shown, m_instance.family);
+    const WidgetView view = m_widget.content(*displayedEntry(), m_instance.family);
     views::RenderedWidget rendered = views::renderWidget(view.entry, view.family, options);
     if (HostTrace::enabled())
         HostTrace::line(QStringLiteral("render %1 %2").arg(m_instance.id, QString::fromStdString(views::widgetJson(rendered).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace))));
@@ -156,7 +165,8 @@ void PlacedWidget::render(WidgetWindow::Transition transition)
 void PlacedWidget::scheduleRelativeTimeRefresh()
 {
     const Date now = Date::now();
-    const auto next = m_shown ? nextRelativeTimeChange(*m_shown, m_instance.family, now) : std::nullopt;
+    const std::optional<Entry> shown = displayedEntry();
+    const auto next = shown ? nextRelativeTimeChange(*shown, m_instance.family, now) : std::nullopt;
     if (!next) {
         m_relativeTime.stop();
         return;
@@ -178,6 +188,8 @@ void PlacedWidget::clicked(const ClickAction& action)
         HostTrace::line(QStringLiteral("click %1 toggle %2 %3").arg(m_instance.id, QString::fromStdString(intent->itemID.value_or("")),
             intent->start.value_or(false) ? QStringLiteral("start") : QStringLiteral("stop")));
         m_window->probePending(intent->itemID.value_or(""));
+        m_requested.add(*intent);
+        render(WidgetWindow::Transition::crossFade);
         emit toggleRequested(*intent);
     } else if (const auto* address = std::get_if<OpenAddress>(&action)) {
         HostTrace::line(QStringLiteral("click %1 open %2").arg(m_instance.id, QString::fromStdString(address->url)));

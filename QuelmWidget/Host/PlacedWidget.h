@@ -3,6 +3,7 @@
 #include "ConfigurationDialog.h"
 #include "Entry.h"
 #include "QuelmWidgetBundle.h"
+#include "RequestedToggles.h"
 #include "TimelineController.h"
 #include "WidgetInstance.h"
 #include "WidgetWindow.h"
@@ -43,6 +44,8 @@ public:
 
     // A toggle intent asked by this widget failed: say so briefly, change nothing else.
     void intentFailed(const QString& error);
+    // A toggle intent asked by this widget has ended; the next entry shows what it left.
+    void intentEnded(const std::string& itemID) { m_requested.end(itemID); }
 
     // When the relative times shown next change; none while no timer runs for them.
     std::optional<int> relativeTimeRefreshInterval() const;
@@ -57,6 +60,8 @@ signals:
 private:
     void entryChanged(const Entry&);
     void render(WidgetWindow::Transition);
+    // The entry as drawn: the provider's, with the clicks not yet answered shown pending.
+    std::optional<Entry> displayedEntry() const;
     void scheduleRelativeTimeRefresh();
     void clicked(const ClickAction&);
     void traceWindow() const;
@@ -67,6 +72,7 @@ private:
     TimelineController* m_timeline;
     QTimer m_relativeTime;
     std::optional<Entry> m_shown;
+    RequestedToggles m_requested;
     QPointer<ConfigurationDialog> m_editor;
 };
 

@@ -228,8 +228,10 @@ TEST_F(DesktopHostTest, AClickOnAStoppedItemQueuesAStartAndShowsItStarting)
     ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
 
     clickButton(placed, "cache");
-    ASSERT_TRUE(test::waitFor([&] { return showsBusy(placed, "cache"); }));
+    // The provider's entry, after the intent: the mark is in the container.
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry()->pending.contains("cache"); }));
     EXPECT_EQ(placed.shownEntry()->pending, (Entry::Pending { { "cache", WidgetCommand::Action::start } }));
+    EXPECT_TRUE(showsBusy(placed, "cache"));
     const auto commands = store().drainCommands();
     ASSERT_EQ(commands.size(), 1u);
     EXPECT_EQ(commands[0].itemID, "cache");
@@ -246,7 +248,8 @@ TEST_F(DesktopHostTest, AClickOnAGroupQueuesTheGroupsId)
     ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
 
     clickButton(placed, "group:g");
-    ASSERT_TRUE(test::waitFor([&] { return showsBusy(placed, "group:g"); }));
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry()->pending.contains("group:g"); }));
+    EXPECT_TRUE(showsBusy(placed, "group:g"));
     const auto commands = store().drainCommands();
     ASSERT_EQ(commands.size(), 1u);
     EXPECT_EQ(commands[0].itemID, "group:g");
@@ -280,11 +283,28 @@ TEST_F(DesktopHostTest, AFailingIntentSaysSoOnTheWidgetAndChangesNothingElse)
 
     clickButton(placed, "cache");
     ASSERT_TRUE(test::waitFor([&] { return placed.window().hasNotice(); }));
+    // The click's own busy display ends with the entry that follows the failure.
+    ASSERT_TRUE(test::waitFor([&] { return !showsBusy(placed, "cache"); }));
     EXPECT_TRUE(placed.shownEntry()->pending.empty());
     EXPECT_EQ(placed.shownEntry()->snapshot, before.snapshot);
     EXPECT_FALSE(showsBusy(placed, "cache"));
     EXPECT_FALSE(std::filesystem::exists(store().root() / "pending.json"));
     EXPECT_EQ(host.placedWidgets().size(), 1u);
+}
+
+TEST_F(DesktopHostTest, AClickShowsItsRowBusyBeforeTheIntentHasEnded)
+{
+    publish();
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.placedWidgets().front();
+    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+
+    clickButton(placed, "cache");
+    // Drawn by the click itself, not by a reload: the timeline is loaded on another thread.
+    EXPECT_TRUE(showsBusy(placed, "cache"));
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry()->pending.contains("cache"); }));
+    EXPECT_TRUE(showsBusy(placed, "cache"));
 }
 
 TEST_F(DesktopHostTest, AMovedWidgetsNewPlaceIsSaved)
