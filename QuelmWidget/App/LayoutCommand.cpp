@@ -3,6 +3,7 @@
 #include "Command.h"
 #include "JsonOutput.h"
 #include "Options.h"
+#include "SnapshotFile.h"
 
 #include "WidgetLayout.h"
 
@@ -22,32 +23,6 @@
 namespace quelm::app {
 
 namespace {
-
-std::string readAll(const std::string& path)
-{
-    std::ostringstream bytes;
-    if (path == "-") {
-        bytes << std::cin.rdbuf();
-        return bytes.str();
-    }
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
-        throw UsageError("cannot read " + path + ": " + std::strerror(errno));
-    bytes << in.rdbuf();
-    if (in.bad())
-        throw UsageError("cannot read " + path + ": " + std::strerror(errno));
-    return bytes.str();
-}
-
-WidgetSnapshot snapshotFromFile(const std::string& path)
-{
-    const std::string bytes = readAll(path);
-    try {
-        return decode<WidgetSnapshot>(bytes);
-    } catch (const DecodingError& error) {
-        throw UsageError((path == "-" ? std::string("standard input") : path) + ": " + error.what());
-    }
-}
 
 // What the widget would read: the container's snapshot, or the empty one without a container.
 WidgetSnapshot liveSnapshot()
@@ -77,7 +52,7 @@ int runLayout(std::span<const std::string> arguments, std::ostream& out, std::os
     if (!family)
         throwMissingFamily();
 
-    const WidgetSnapshot snapshot = snapshotPath ? snapshotFromFile(*snapshotPath) : liveSnapshot();
+    const WidgetSnapshot snapshot = snapshotPath ? readSnapshotFile(*snapshotPath) : liveSnapshot();
     printJson(out, layoutJson(WidgetLayout(snapshot, *family, sortOrder)));
     return exitSuccess;
 }

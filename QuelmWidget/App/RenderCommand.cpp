@@ -4,6 +4,7 @@
 
 #include "Command.h"
 #include "Options.h"
+#include "SnapshotFile.h"
 
 #include "Provider.h"
 #include "QuelmWidgetConfiguration.h"
@@ -32,30 +33,6 @@ namespace quelm::app {
 namespace {
 
 constexpr double largestScale = 8;
-
-std::string readFile(const std::string& path)
-{
-    std::ostringstream bytes;
-    if (path == "-") {
-        bytes << std::cin.rdbuf();
-        return bytes.str();
-    }
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
-        throw UsageError("cannot read " + path + ": " + std::strerror(errno));
-    bytes << in.rdbuf();
-    return bytes.str();
-}
-
-WidgetSnapshot decodeSnapshot(const std::string& path)
-{
-    const std::string bytes = readFile(path);
-    try {
-        return decode<WidgetSnapshot>(bytes);
-    } catch (const DecodingError& error) {
-        throw UsageError((path == "-" ? std::string("standard input") : path) + " is not a snapshot: " + error.what());
-    }
-}
 
 double parseNumber(std::string_view option, const std::string& text)
 {
@@ -108,7 +85,7 @@ Entry entryFor(const RenderRequest& request, Date now)
         break;
     case RenderRequest::Source::snapshot:
         entry.date = now;
-        entry.snapshot = decodeSnapshot(request.snapshotPath);
+        entry.snapshot = readSnapshotFile(request.snapshotPath);
         entry.appStatus = SharedStore::AppStatus::running;
         break;
     }
