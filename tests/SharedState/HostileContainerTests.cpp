@@ -13,6 +13,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
+#include <iostream>
 #include <map>
 #include <sstream>
 
@@ -357,6 +359,107 @@ TEST_F(HostileContainer, GibibyteFilesAreRefusedUnreadWithBoundedMemory)
     // A mark over the huge file replaces it with one entry.
     store.markPending(sampleCommand());
     EXPECT_LT(fs::file_size(container / "pending.json"), 1024u);
+}
+
+namespace {
+
+constexpr std::size_t documentCap = 16 * 1024 * 1024;
+
+// `{"items":[<element>,<element>,…]<tail>`, exactly `size` bytes: as many whole elements as fit,
+// then spaces. `count` is set to the number of elements.
+std::string documentOfElements(const std::string& element, const std::string& tail, std::size_t size, std::size_t& count)
+{
+    std::string document = R"({"items":[)";
+    const std::size_t end = size - tail.size() - 1;
+    count = 0;
+    while (document.size() + element.size() + 1 <= end) {
+        if (count++ > 0)
+            document += ',';
+        document += element;
+    }
+    document.append(end - document.size(), ' ');
+    return document + "]" + tail;
+}
+
+struct PeakRead {
+    std::string report;
+    double peakMiB = 0;
+};
+
+// Reads the snapshot in a fresh child, which reports how far its resident memory rose above
+// where it stood before the read.
+PeakRead measurePeakRead(const SharedStore& store, const std::function<std::string(const WidgetSnapshot&)>& check)
+{
+    PeakRead result;
+    const auto outcome = runInChild(
+        [&] {
+            if (!test::resetPeakResident())
+                return std::string("unmeasurable: the kernel cannot reset the peak");
+            const long before = test::peakResidentKiB();
+            const auto snapshot = store.readSnapshot();
+            const long peak = test::peakResidentKiB();
+            if (auto problem = check(snapshot); !problem.empty())
+                return problem;
+            // Reported as a finding, the only way text leaves the child; told apart by its prefix.
+            return "peak " + std::to_string(peak - before);
+        },
+        std::chrono::seconds(120));
+    if (outcome.report.rfind("unmeasurable", 0) == 0) {
+        result.report = outcome.report;
+        return result;
+    }
+    if (outcome.exitCode != 1 || outcome.report.rfind("peak ", 0) != 0) {
+        result.report = outcome.describe();
+        return result;
+    }
+    result.peakMiB = double(std::stol(outcome.report.substr(5))) / 1024.0;
+    return result;
+}
+
+}
+
+// A reader holds a document at the cap whole, parsed: the worst case must stay a small multiple of
+// the cap, whatever shape the document has.
+TEST_F(HostileContainer, DocumentsAtTheCapAreReadWithinTwentyTimesTheCap)
+{
+    const std::string updated = R"(,"updatedAt":1})";
+    const std::string item = R"({"id":"item","title":"Item","category":"node","isRunning":true,"port":8080})";
+    std::size_t zeros = 0;
+    std::size_t items = 0;
+    const std::size_t letters = documentCap - 40;
+    const std::vector<std::pair<std::string, std::string>> shapes {
+        { "zeros", documentOfElements("0", updated, documentCap, zeros) },
+        { "items", documentOfElements(item, updated, documentCap, items) },
+        { "string", R"({"items":[],"language":")" + std::string(letters, 'a') + R"(","updatedAt":1})" },
+    };
+    // Two bytes an element: the most values a document at the cap can hold.
+    ASSERT_GT(zeros, documentCap / 2 - 16);
+    for (const auto& [shape, document] : shapes) {
+        SCOPED_TRACE(shape);
+        ASSERT_LE(document.size(), documentCap);
+        ASSERT_GT(document.size(), documentCap - 64);
+        writeFile(container / "snapshot.json", document);
+        const auto read = measurePeakRead(store, [&](const WidgetSnapshot& snapshot) -> std::string {
+            // Zeros are no items: that document is parsed whole and then refused.
+            if (shape == "zeros" && !(snapshot == WidgetSnapshot::empty))
+                return "an array of zeros decoded";
+            if (shape == "items" && snapshot.items.size() != items)
+                return "read " + std::to_string(snapshot.items.size()) + " of " + std::to_string(items) + " items";
+            if (shape == "string" && (!snapshot.language || snapshot.language->size() != letters))
+                return "the long string did not read whole";
+            return {};
+        });
+        if (read.report.rfind("unmeasurable", 0) == 0)
+            GTEST_SKIP() << read.report;
+        ASSERT_EQ(read.report, "");
+        std::cout << "a 16 MiB snapshot of " << shape << " peaks at " << read.peakMiB << " MiB\n";
+        RecordProperty("peakMiB_" + shape, std::to_string(read.peakMiB));
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        // The sanitizers' allocators pad and keep freed memory: the figure means nothing there.
+#else
+        EXPECT_LT(read.peakMiB, 20.0 * 16);
+#endif
+    }
 }
 
 TEST_F(HostileContainer, DeeplyNestedDocumentsReadAsNothing)
