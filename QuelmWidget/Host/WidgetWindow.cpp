@@ -15,6 +15,7 @@
 #include <QWindow>
 
 #include <cmath>
+#include <utility>
 
 namespace quelm::host {
 
@@ -58,7 +59,7 @@ WidgetWindow::WidgetWindow(WidgetFamily family, const views::Palette& palette, Q
     m_fade.setDuration(crossFadeMilliseconds);
     connect(&m_fade, &QVariantAnimation::valueChanged, this, qOverload<>(&QWidget::update));
     connect(&m_fade, &QVariantAnimation::finished, this, [this] {
-        m_previous = QImage();
+        endAnimation();
         update();
     });
 
@@ -76,26 +77,45 @@ void WidgetWindow::setFamily(WidgetFamily family)
         return;
     m_family = family;
     m_fade.stop();
-    m_previous = QImage();
+    endAnimation();
     setFixedSize(familySize(family));
 }
 
 void WidgetWindow::setRendered(views::RenderedWidget rendered, Transition transition)
 {
-    m_rendered = std::move(rendered);
+    std::optional<views::RenderedWidget> before = std::exchange(m_rendered, std::move(rendered));
     const bool fade = transition == Transition::crossFade && isVisible();
     QImage old = std::move(m_image);
     refreshImage();
     m_fade.stop();
+    endAnimation();
     if (fade && !old.isNull() && old.size() == m_image.size()) {
         m_previous = std::move(old);
+        if (before && before->size == m_rendered->size) {
+            m_plan = views::RenderTransition::between(before->root, m_rendered->root);
+            if (!m_plan.isEmpty()) {
+                // Painted once here: a frame of the animation only composes images.
+                const double scale = m_image.devicePixelRatio();
+                before->root = m_plan.previousBackground(before->root);
+                m_previousBackground = views::paintWidget(*before, scale, m_palette);
+                views::RenderedWidget blanked = *m_rendered;
+                blanked.root = m_plan.nextBackground(m_rendered->root);
+                m_background = views::paintWidget(blanked, scale, m_palette);
+            }
+        }
         m_fade.start();
-    } else {
-        m_previous = QImage();
     }
     if (m_probe && showsBusy(m_probe->itemID))
         m_probe->rendered = true;
     update();
+}
+
+void WidgetWindow::endAnimation()
+{
+    m_previous = QImage();
+    m_plan = {};
+    m_previousBackground = QImage();
+    m_background = QImage();
 }
 
 void WidgetWindow::refreshImage()
@@ -141,22 +161,28 @@ void WidgetWindow::paintEvent(QPaintEvent*)
     if (!m_image.isNull() && !qFuzzyCompare(m_image.devicePixelRatio(), devicePixelRatioF())) {
         // Moved to a screen of another density: draw anew rather than scale.
         refreshImage();
-        m_previous = QImage();
+        endAnimation();
     }
 
     QPainter painter(this);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.fillRect(rect(), Qt::transparent);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    if (!m_previous.isNull() && m_fade.state() == QAbstractAnimation::Running) {
+    const bool animating = !m_previous.isNull() && m_fade.state() == QAbstractAnimation::Running;
+    const double progress = animating ? m_fade.currentValue().toDouble() : 1;
+    if (animating) {
         // The glass is opaque inside the widget's shape, so the new render laid over the old one
         // at a growing opacity ends exactly on the new render.
         painter.drawImage(QPointF(0, 0), m_previous);
-        painter.setOpacity(m_fade.currentValue().toDouble());
+        painter.setOpacity(progress);
     }
     if (!m_image.isNull())
         painter.drawImage(QPointF(0, 0), m_image);
     painter.setOpacity(1);
+    if (animating && !m_background.isNull()) {
+        for (const views::RenderTransition::Region& region : m_plan.regions())
+            paintRegion(painter, region, progress);
+    }
     if (!m_notice.isEmpty())
         paintNotice(painter);
 
@@ -166,6 +192,48 @@ void WidgetWindow::paintEvent(QPaintEvent*)
         m_probe.reset();
         emit pendingShown(itemID, milliseconds);
     }
+}
+
+void WidgetWindow::paintRegion(QPainter& painter, const views::RenderTransition::Region& region, double progress) const
+{
+    using Kind = views::RenderTransition::Kind;
+    // Antialiasing reaches a pixel past the frame; a halo, its radius.
+    const double bleed = region.bleed + 1;
+    const QRectF area = QRectF(region.frame.x, region.frame.y, region.frame.width, region.frame.height).adjusted(-bleed, -bleed, bleed, bleed);
+    const double scale = m_image.devicePixelRatio();
+    const QRectF source(area.topLeft() * scale, area.size() * scale);
+
+    painter.save();
+    painter.setClipRect(area);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    // Underneath, the place without either content, fading like the rest of the widget.
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawImage(area, m_previousBackground, source);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.setOpacity(progress);
+    painter.drawImage(area, m_background, source);
+
+    QRectF leaving = area;
+    QRectF arriving = area;
+    if (region.kind == Kind::roll) {
+        // Up: the old line leaves through the top while the new one rises from below.
+        const double travel = region.direction == views::RenderTransition::Direction::up ? -area.height() : area.height();
+        leaving.translate(0, travel * progress);
+        arriving.translate(0, -travel * (1 - progress));
+    } else {
+        const auto scaled = [&](double factor) {
+            QRectF rect(QPointF(0, 0), area.size() * factor);
+            rect.moveCenter(area.center());
+            return rect;
+        };
+        leaving = scaled(1 - 0.5 * progress);
+        arriving = scaled(0.5 + 0.5 * progress);
+    }
+    painter.setOpacity(1 - progress);
+    painter.drawImage(leaving, m_previous, source);
+    painter.setOpacity(progress);
+    painter.drawImage(arriving, m_image, source);
+    painter.restore();
 }
 
 void WidgetWindow::paintNotice(QPainter& painter) const

@@ -2,6 +2,7 @@
 
 #include "ClickAction.h"
 #include "Palette.h"
+#include "RenderTransition.h"
 #include "WidgetFamily.h"
 #include "WidgetRenderer.h"
 
@@ -27,7 +28,8 @@ class WidgetWindow : public QWidget {
 public:
     enum class Transition {
         none,      // the new render replaces the old at once (a relative time ticking)
-        crossFade, // the new render fades in over the old (another entry)
+        crossFade, // the new render fades in over the old (another entry); counts roll and
+                   // swapped symbols are replaced meanwhile
     };
     static constexpr int crossFadeMilliseconds = 250;
     static constexpr int noticeMilliseconds = 4000;
@@ -46,6 +48,8 @@ public:
     bool hasNotice() const { return !m_notice.isEmpty(); }
     // Whether a cross-fade is playing (the only time the window repaints on its own).
     bool isAnimating() const { return m_fade.state() == QAbstractAnimation::Running; }
+    // What the playing animation does beyond the cross-fade; empty when none plays.
+    const views::RenderTransition& transitionPlan() const { return m_plan; }
 
     // Starts timing a click on ITEM's button until a repaint first shows that row busy.
     void probePending(const std::string& itemID);
@@ -72,6 +76,8 @@ protected:
 
 private:
     void paintNotice(QPainter&) const;
+    void paintRegion(QPainter&, const views::RenderTransition::Region&, double progress) const;
+    void endAnimation();
     void refreshImage();
     bool showsBusy(const std::string& itemID) const;
 
@@ -81,6 +87,11 @@ private:
     QImage m_image;
     QImage m_previous;
     QVariantAnimation m_fade;
+    // Beyond the fade: the regions that roll or are replaced, and the old and new renders without
+    // the nodes that move there, painted once when the animation starts.
+    views::RenderTransition m_plan;
+    QImage m_previousBackground;
+    QImage m_background;
 
     QString m_notice;
     QTimer m_noticeTimer;

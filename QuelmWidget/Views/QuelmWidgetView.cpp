@@ -103,7 +103,7 @@ ViewNode QuelmWidgetView::header() const
         { QuelmMarkView::node(shown.markRunning(), primary, WidgetHeader::markSize, m_context),
             ViewNode::text(m_context.localizer.text(WidgetHeader::title()), { WidgetHeader::titleFontSize, FontWeight::semibold }, primary),
             ViewNode::spacer(),
-            ViewNode::text(m_context.localizer.text(shown.countText()), { WidgetHeader::countFontSize, FontWeight::regular }, secondary) });
+            ViewNode::numericText(m_context.localizer.text(shown.countText()), { WidgetHeader::countFontSize, FontWeight::regular }, secondary) });
 }
 
 ViewNode QuelmWidgetView::section(const WidgetSection& section) const

@@ -62,7 +62,7 @@ ViewNode GroupRow::node(const quelm::GroupRow& row, const ViewContext& context)
     ViewNode name = ViewNode::text(row.group.name, { quelm::GroupRow::nameFontSize, FontWeight::medium }, row.nameColor());
     std::optional<ViewNode> detail;
     if (row.showsDetail()) {
-        detail = ViewNode::text(context.localizer.text(row.detail()), { quelm::GroupRow::detailFontSize, FontWeight::regular },
+        detail = ViewNode::numericText(context.localizer.text(row.detail()), { quelm::GroupRow::detailFontSize, FontWeight::regular },
             quelm::GroupRow::detailColor);
     }
     return rowNode(RowKind::group, row.group.id, state,

@@ -23,6 +23,11 @@ ViewNode ViewNode::text(std::string text, Font font, Color color)
     return ViewNode { node::Text { std::move(text), font, color } };
 }
 
+ViewNode ViewNode::numericText(std::string text, Font font, Color color)
+{
+    return ViewNode { node::Text { std::move(text), font, color, {}, true } };
+}
+
 ViewNode ViewNode::spacer(double minLength)
 {
     return ViewNode { node::Spacer { minLength } };

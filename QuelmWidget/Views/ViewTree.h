@@ -85,12 +85,14 @@ struct Stack {
 };
 
 // One line. `shown` is `text` as it fits its frame (elided with "…" when too long); the layout
-// fills it in.
+// fills it in. A `numeric` text (a count) rolls its digits when it changes between renders; it is
+// not part of the dump.
 struct Text {
     std::string text;
     Font font;
     Color color;
     std::string shown {};
+    bool numeric = false;
     bool operator==(const Text&) const = default;
 };
 
@@ -201,6 +203,7 @@ struct ViewNode {
     static ViewNode vstack(double spacing, std::vector<ViewNode> children) { return stack(Axis::vertical, spacing, CrossAlignment::start, std::move(children)); }
     static ViewNode hstack(double spacing, CrossAlignment alignment, std::vector<ViewNode> children) { return stack(Axis::horizontal, spacing, alignment, std::move(children)); }
     static ViewNode text(std::string text, Font, Color);
+    static ViewNode numericText(std::string text, Font, Color);
     static ViewNode spacer(double minLength = 0);
     static ViewNode divider();
     static ViewNode wrapping(NodeContent, ViewNode child);

@@ -169,3 +169,63 @@ TEST_F(WidgetWindowTest, ANoticeShowsOverTheWidget)
     EXPECT_TRUE(window.hasNotice());
     window.repaint();
 }
+
+TEST_F(WidgetWindowTest, AButtonChangingItsSymbolIsReplacedAndTheAnimationEndsOnTheNewRender)
+{
+    const views::Palette palette;
+    WidgetWindow window(WidgetFamily::systemMedium, palette);
+    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    EXPECT_TRUE(window.transitionPlan().isEmpty());
+
+    // A pending start shows the stopped item's stop symbol at once; nothing else changes its symbol.
+    const auto next = render(entryWith({ { "db", WidgetCommand::Action::start } }), WidgetFamily::systemMedium);
+    window.setRendered(next, WidgetWindow::Transition::crossFade);
+    ASSERT_TRUE(window.isAnimating());
+    const auto& regions = window.transitionPlan().regions();
+    ASSERT_EQ(regions.size(), 1u);
+    EXPECT_EQ(regions[0].kind, views::RenderTransition::Kind::replace);
+    const views::ViewNode* symbol = nullptr;
+    for (const views::ViewNode* node : views::nodesOfType<views::node::Button>(next.root)) {
+        if (node->as<views::node::Button>()->itemID == "db")
+            symbol = &node->children.at(0);
+    }
+    ASSERT_NE(symbol, nullptr);
+    EXPECT_EQ(regions[0].frame, symbol->frame);
+    window.repaint();
+
+    EXPECT_TRUE(test::waitFor([&] { return !window.isAnimating(); }));
+    EXPECT_TRUE(window.transitionPlan().isEmpty());
+    const QImage shown = window.grab().toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QImage expected = views::paintWidget(next, window.devicePixelRatioF(), palette).convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    ASSERT_EQ(shown.size(), expected.size());
+    EXPECT_TRUE(shown == expected) << "the last frame is the new render, not a blend";
+}
+
+TEST_F(WidgetWindowTest, AChangedCountRollsWhileTheRestFades)
+{
+    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
+    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+
+    Entry more = entryWith();
+    more.snapshot.items.at(0).isRunning = true;
+    window.setRendered(render(more, WidgetFamily::systemMedium), WidgetWindow::Transition::crossFade);
+    ASSERT_TRUE(window.isAnimating());
+    int rolls = 0;
+    for (const auto& region : window.transitionPlan().regions()) {
+        if (region.kind == views::RenderTransition::Kind::roll) {
+            ++rolls;
+            EXPECT_EQ(region.direction, views::RenderTransition::Direction::up);
+        }
+    }
+    EXPECT_EQ(rolls, 1) << "1 rodando → 2 rodando";
+    window.repaint();
+
+    // Another render while it plays starts again from what is shown now.
+    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    EXPECT_FALSE(window.isAnimating());
+    EXPECT_TRUE(window.transitionPlan().isEmpty());
+}
