@@ -64,4 +64,19 @@ bool installTranslation(QCoreApplication& application)
     return false;
 }
 
+QString familyDisplayName(WidgetFamily family)
+{
+    switch (family) {
+    case WidgetFamily::systemSmall:
+        return hostText(HostTexts::small);
+    case WidgetFamily::systemMedium:
+        return hostText(HostTexts::medium);
+    case WidgetFamily::systemLarge:
+        return hostText(HostTexts::large);
+    case WidgetFamily::systemExtraLarge:
+        return hostText(HostTexts::extraLarge);
+    }
+    return hostText(HostTexts::large);
+}
+
 }

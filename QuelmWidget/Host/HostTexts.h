@@ -1,5 +1,7 @@
 #pragma once
 
+#include "WidgetFamily.h"
+
 #include <QString>
 
 #include <algorithm>
@@ -41,6 +43,8 @@ constexpr bool contains(std::string_view key)
 // A host text in the user's language (the translation installed by installTranslation), or the
 // key itself.
 QString hostText(std::string_view key);
+// The name of a widget size, as the menus and the gallery show it.
+QString familyDisplayName(WidgetFamily);
 // One of the widget's own texts ("Ordenar por", the sort orders' display texts, the widget's
 // name and description) in the user's language.
 QString widgetText(std::string_view key);

@@ -15,25 +15,6 @@
 
 namespace quelm::host {
 
-namespace {
-
-QString familyLabel(WidgetFamily family)
-{
-    switch (family) {
-    case WidgetFamily::systemSmall:
-        return hostText(HostTexts::small);
-    case WidgetFamily::systemMedium:
-        return hostText(HostTexts::medium);
-    case WidgetFamily::systemLarge:
-        return hostText(HostTexts::large);
-    case WidgetFamily::systemExtraLarge:
-        return hostText(HostTexts::extraLarge);
-    }
-    return hostText(HostTexts::large);
-}
-
-}
-
 WidgetGallery::WidgetGallery(const QuelmWidget& widget, const views::Palette& palette, QWidget* parent)
     : QDialog(parent)
     , m_palette(palette)
@@ -53,8 +34,8 @@ WidgetGallery::WidgetGallery(const QuelmWidget& widget, const views::Palette& pa
         auto* button = new QToolButton(this);
         button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
         button->setAutoRaise(true);
-        button->setText(familyLabel(family));
-        button->setAccessibleName(familyLabel(family));
+        button->setText(familyDisplayName(family));
+        button->setAccessibleName(familyDisplayName(family));
         const views::Size size = views::QuelmWidgetView::size(family);
         button->setIconSize(QSize(static_cast<int>(size.width * previewScale), static_cast<int>(size.height * previewScale)));
         connect(button, &QToolButton::clicked, this, [this, family] { choose(family); });

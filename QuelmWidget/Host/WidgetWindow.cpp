@@ -27,21 +27,6 @@ QSize familySize(WidgetFamily family)
     return { static_cast<int>(std::ceil(size.width)), static_cast<int>(std::ceil(size.height)) };
 }
 
-QString familyName(WidgetFamily family)
-{
-    switch (family) {
-    case WidgetFamily::systemSmall:
-        return hostText(HostTexts::small);
-    case WidgetFamily::systemMedium:
-        return hostText(HostTexts::medium);
-    case WidgetFamily::systemLarge:
-        return hostText(HostTexts::large);
-    case WidgetFamily::systemExtraLarge:
-        return hostText(HostTexts::extraLarge);
-    }
-    return hostText(HostTexts::large);
-}
-
 }
 
 WidgetWindow::WidgetWindow(WidgetFamily family, const views::Palette& palette, QWidget* parent)
@@ -307,7 +292,7 @@ void WidgetWindow::contextMenuEvent(QContextMenuEvent* event)
     QMenu* sizes = menu.addMenu(hostText(HostTexts::size));
     QActionGroup familyGroup(sizes);
     for (const WidgetFamily family : QuelmWidget::supportedFamilies) {
-        QAction* choice = sizes->addAction(familyName(family));
+        QAction* choice = sizes->addAction(familyDisplayName(family));
         choice->setCheckable(true);
         choice->setChecked(family == m_family);
         choice->setData(static_cast<int>(family));
