@@ -11,6 +11,7 @@
 #include <QLockFile>
 
 #include <cstdlib>
+#include <malloc.h>
 #include <ostream>
 
 namespace quelm::host {
@@ -41,6 +42,13 @@ int runDesktopHost(int& argc, char** argv, const DesktopHostOptions& options, st
         err << "quelm-widget: no place for the widgets' settings (neither XDG_CONFIG_HOME nor HOME is set)\n";
         return EXIT_FAILURE;
     }
+
+    // The host sits on the desktop all session long, so it stays small. Its widgets are painted
+    // in software, so the X11 OpenGL integration is never loaded; and its few short-lived worker
+    // threads share two malloc arenas rather than each keeping one of its own.
+    if (!std::getenv("QT_XCB_GL_INTEGRATION"))
+        ::setenv("QT_XCB_GL_INTEGRATION", "none", 1);
+    ::mallopt(M_ARENA_MAX, 2);
 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("quelm-widget"));
