@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <type_traits>
 
 namespace quelm {
@@ -21,19 +22,30 @@ using Json = nlohmann::json;
 // Keys go out in declaration order, as the records declare their fields.
 using OrderedJson = nlohmann::ordered_json;
 
-// Walks a parsed document and remembers where it is, so every error names the bad value.
+// Walks a parsed document and remembers where it is, so every error names the bad value. The
+// path is spelled out only when an error needs it: a reader points at its parent and holds its own
+// key or index, and readers live no longer than the calls that make them.
 class JsonReader {
 public:
-    JsonReader(const Json& value, std::string path)
+    // The document itself; its values are named from `name` on ("" for none).
+    explicit JsonReader(const Json& value, std::string_view name = {})
         : m_value(value)
-        , m_path(std::move(path))
+        , m_key(name)
     {
     }
 
-    const std::string& path() const { return m_path; }
+    std::string path() const
+    {
+        std::string prefix = m_parent ? m_parent->path() : std::string();
+        if (m_index)
+            return prefix + "[" + std::to_string(*m_index) + "]";
+        if (prefix.empty())
+            return std::string(m_key);
+        return prefix + "." + std::string(m_key);
+    }
     const Json& value() const { return m_value; }
 
-    [[noreturn]] void fail(const std::string& problem) const { throw DecodingError(m_path, problem); }
+    [[noreturn]] void fail(const std::string& problem) const { throw DecodingError(path(), problem); }
 
     void expectObject() const
     {
@@ -51,12 +63,11 @@ public:
     JsonReader member(std::string_view key) const
     {
         auto it = m_value.find(key);
-        std::string childPath = m_path.empty() ? std::string(key) : m_path + "." + std::string(key);
         if (it == m_value.end())
-            throw DecodingError(childPath, "required key is missing");
+            JsonReader(m_value, this, key).fail("required key is missing");
         if (it->is_null())
-            throw DecodingError(childPath, "required value is null");
-        return JsonReader(*it, std::move(childPath));
+            JsonReader(*it, this, key).fail("required value is null");
+        return JsonReader(*it, this, key);
     }
 
     // The value type is named through a default argument: clang rejects calling `member` on this
@@ -132,11 +143,24 @@ public:
         std::vector<decltype(decode(std::declval<const JsonReader&>()))> result;
         result.reserve(m_value.size());
         for (std::size_t i = 0; i < m_value.size(); ++i)
-            result.push_back(decode(JsonReader(m_value[i], m_path + "[" + std::to_string(i) + "]")));
+            result.push_back(decode(JsonReader(m_value[i], this, i)));
         return result;
     }
 
 private:
+    JsonReader(const Json& value, const JsonReader* parent, std::string_view key)
+        : m_value(value)
+        , m_parent(parent)
+        , m_key(key)
+    {
+    }
+    JsonReader(const Json& value, const JsonReader* parent, std::size_t index)
+        : m_value(value)
+        , m_parent(parent)
+        , m_index(index)
+    {
+    }
+
     static std::string describe(const Json& value)
     {
         switch (value.type()) {
@@ -159,7 +183,9 @@ private:
     }
 
     const Json& m_value;
-    std::string m_path;
+    const JsonReader* m_parent = nullptr;
+    std::string_view m_key;
+    std::optional<std::size_t> m_index;
 };
 
 // Our documents nest three levels deep. The parsed tree is walked recursively (on copy,
@@ -390,7 +416,7 @@ template<class Record, class Read>
 Record decodeDocument(std::string_view text, Read read)
 {
     auto document = parseDocument(text);
-    return read(JsonReader(document, ""));
+    return read(JsonReader(document));
 }
 
 }
