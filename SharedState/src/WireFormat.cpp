@@ -53,13 +53,6 @@ public:
             fail("expected an object, found " + describe(m_value));
     }
 
-    // A key that is missing or null.
-    bool isAbsent(std::string_view key) const
-    {
-        auto it = m_value.find(key);
-        return it == m_value.end() || it->is_null();
-    }
-
     JsonReader member(std::string_view key) const
     {
         auto it = m_value.find(key);
@@ -70,22 +63,18 @@ public:
         return JsonReader(*it, this, key);
     }
 
-    // The value type is named through a default argument: clang rejects calling `member` on this
-    // still incomplete class in a trailing return type.
+    // None for a key that is missing or null. The value type is named through a default argument:
+    // clang rejects calling into this still incomplete class in a trailing return type.
     template<class Decode, class Value = std::invoke_result_t<Decode, const JsonReader&>>
     std::optional<Value> optionalMember(std::string_view key, Decode decode) const
     {
-        if (isAbsent(key))
+        auto it = m_value.find(key);
+        if (it == m_value.end() || it->is_null())
             return std::nullopt;
-        return decode(member(key));
+        return decode(JsonReader(*it, this, key));
     }
 
-    std::string string() const
-    {
-        if (!m_value.is_string())
-            fail("expected a string, found " + describe(m_value));
-        return m_value.get_ref<const std::string&>();
-    }
+    std::string string() const { return stringReference(); }
 
     bool boolean() const
     {
@@ -128,7 +117,7 @@ public:
     template<class Enum>
     Enum enumeration() const
     {
-        auto raw = string();
+        const std::string& raw = stringReference();
         auto value = fromRawValue<Enum>(raw);
         if (!value)
             fail("unknown value " + Json(raw).dump(-1, ' ', false, Json::error_handler_t::replace));
@@ -148,6 +137,13 @@ public:
     }
 
 private:
+    const std::string& stringReference() const
+    {
+        if (!m_value.is_string())
+            fail("expected a string, found " + describe(m_value));
+        return m_value.get_ref<const std::string&>();
+    }
+
     JsonReader(const Json& value, const JsonReader* parent, std::string_view key)
         : m_value(value)
         , m_parent(parent)
@@ -284,10 +280,8 @@ WidgetSnapshot readSnapshot(const JsonReader& reader)
     WidgetSnapshot snapshot;
     snapshot.items = reader.member("items").array(readItem);
     // Deliberately more tolerant than "items": writers that know no groups or sessions omit them.
-    if (!reader.isAbsent("groups"))
-        snapshot.groups = reader.member("groups").array(readGroup);
-    if (!reader.isAbsent("sessions"))
-        snapshot.sessions = reader.member("sessions").array(readSession);
+    snapshot.groups = reader.optionalMember("groups", [](const JsonReader& r) { return r.array(readGroup); }).value_or(std::vector<WidgetGroup> {});
+    snapshot.sessions = reader.optionalMember("sessions", [](const JsonReader& r) { return r.array(readSession); }).value_or(std::vector<WidgetSession> {});
     snapshot.language = reader.optionalMember("language", [](const JsonReader& r) { return r.string(); });
     snapshot.updatedAt = readDate(reader.member("updatedAt"));
     return snapshot;
