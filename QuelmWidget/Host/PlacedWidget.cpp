@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 namespace quelm::host {
 
@@ -126,35 +127,26 @@ void PlacedWidget::intentFailed(const QString& error)
     m_window->showNotice(hostText(HostTexts::requestFailed));
 }
 
-std::optional<Entry> PlacedWidget::displayedEntry() const
-{
-    if (!m_shown || m_requested.empty())
-        return m_shown;
-    return m_requested.appliedTo(*m_shown);
-}
-
 void PlacedWidget::entryChanged(const Entry& entry)
 {
-    const std::optional<Entry> before = displayedEntry();
     m_requested.dropEnded();
     m_shown = entry;
-    const bool sameState = before && showSameState(*before, *displayedEntry());
-    const bool first = !before;
-    if (sameState) {
+    const std::optional<Entry> before = std::exchange(m_displayed, m_requested.appliedTo(entry));
+    if (before && showSameState(*before, *m_displayed)) {
         // Nothing to redraw; the relative-time timer keeps running as it was.
         return;
     }
-    render(first ? WidgetWindow::Transition::none : WidgetWindow::Transition::crossFade);
+    render(before ? WidgetWindow::Transition::crossFade : WidgetWindow::Transition::none);
 }
 
 void PlacedWidget::render(WidgetWindow::Transition transition)
 {
-    if (!m_shown)
+    if (!m_displayed)
         return;
     views::RenderOptions options;
     options.now = Date::now();
     options.currentLocale = views::Localizer::currentLocaleName();
-    const WidgetView view = m_widget.content(*displayedEntry(), m_instance.family);
+    const WidgetView view = m_widget.content(*m_displayed, m_instance.family);
     views::RenderedWidget rendered = views::renderWidget(view.entry, view.family, options);
     if (HostTrace::enabled())
         HostTrace::line(QStringLiteral("render %1 %2").arg(m_instance.id, QString::fromStdString(views::widgetJson(rendered).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace))));
@@ -165,8 +157,7 @@ void PlacedWidget::render(WidgetWindow::Transition transition)
 void PlacedWidget::scheduleRelativeTimeRefresh()
 {
     const Date now = Date::now();
-    const std::optional<Entry> shown = displayedEntry();
-    const auto next = shown ? nextRelativeTimeChange(*shown, m_instance.family, now) : std::nullopt;
+    const auto next = m_displayed ? nextRelativeTimeChange(*m_displayed, m_instance.family, now) : std::nullopt;
     if (!next) {
         m_relativeTime.stop();
         return;
@@ -189,7 +180,10 @@ void PlacedWidget::clicked(const ClickAction& action)
             intent->start.value_or(false) ? QStringLiteral("start") : QStringLiteral("stop")));
         m_window->probePending(intent->itemID.value_or(""));
         m_requested.add(*intent);
-        render(WidgetWindow::Transition::crossFade);
+        if (m_shown) {
+            m_displayed = m_requested.appliedTo(*m_shown);
+            render(WidgetWindow::Transition::crossFade);
+        }
         emit toggleRequested(*intent);
     } else if (const auto* address = std::get_if<OpenAddress>(&action)) {
         HostTrace::line(QStringLiteral("click %1 open %2").arg(m_instance.id, QString::fromStdString(address->url)));

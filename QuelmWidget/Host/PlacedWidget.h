@@ -60,8 +60,6 @@ signals:
 private:
     void entryChanged(const Entry&);
     void render(WidgetWindow::Transition);
-    // The entry as drawn: the provider's, with the clicks not yet answered shown pending.
-    std::optional<Entry> displayedEntry() const;
     void scheduleRelativeTimeRefresh();
     void clicked(const ClickAction&);
     void traceWindow() const;
@@ -71,8 +69,10 @@ private:
     std::unique_ptr<WidgetWindow> m_window;
     TimelineController* m_timeline;
     QTimer m_relativeTime;
-    std::optional<Entry> m_shown;
+    std::optional<Entry> m_shown; // the provider's
     RequestedToggles m_requested;
+    // What is drawn: the provider's entry with the clicks not yet answered shown pending.
+    std::optional<Entry> m_displayed;
     QPointer<ConfigurationDialog> m_editor;
 };
 
