@@ -6,6 +6,7 @@
 #include <quelm/WireFormat.h>
 
 #include "SessionBus.h"
+#include "ChildProcess.h"
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -88,25 +89,6 @@ protected:
     test::Fence m_fence;
     fs::path m_root;
 };
-
-// Runs `body` in a forked child under the unprivileged "nobody" ids; returns the child's exit
-// status (100 when the ids could not be dropped, -1 when it did not exit normally).
-template<class Body>
-int exitStatusAsNobody(Body body)
-{
-    const pid_t child = ::fork();
-    if (child == 0) {
-        if (::setgroups(0, nullptr) != 0 || ::setresgid(65534, 65534, 65534) != 0 || ::setresuid(65534, 65534, 65534) != 0)
-            ::_exit(100);
-        ::_exit(body());
-    }
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR)
-            return -1;
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 class ScopedCurrentDirectory {
 public:
@@ -312,7 +294,7 @@ TEST_F(ToggleItemIntentTests, WhenTheContainerIsNotWritableTheErrorReachesTheCal
     };
     if (::geteuid() == 0) {
         // Root writes anywhere: run the intent as an unprivileged user instead.
-        EXPECT_EQ(exitStatusAsNobody(run), 0);
+        EXPECT_EQ(test::exitStatusOfChild([&] { return test::becomeUnprivileged().empty() ? run() : 100; }), 0);
     } else {
         EXPECT_EQ(run(), 0);
     }

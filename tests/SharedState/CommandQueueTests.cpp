@@ -19,6 +19,8 @@
 
 using namespace quelm;
 using quelm::test::TemporaryDirectory;
+using quelm::test::makeSocket;
+using quelm::test::entriesOf;
 using quelm::test::permissions;
 using quelm::test::readFile;
 using quelm::test::writeFile;
@@ -42,15 +44,6 @@ WidgetSnapshot snapshotAt(double updatedAt)
     return snapshot;
 }
 
-std::vector<std::string> entriesOf(const fs::path& directory)
-{
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(directory))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 // The names in the order the platform lists them.
 std::vector<std::string> listingOrder(const fs::path& directory)
 {
@@ -70,19 +63,6 @@ std::vector<std::string> listingOrder(const fs::path& directory)
 void writeCommandFile(const fs::path& path, const WidgetCommand& command)
 {
     writeFile(path, encode(command));
-}
-
-// Leaves a bound UNIX socket at `path`, as a program that listens there would.
-void makeSocket(const fs::path& path)
-{
-    int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_GE(fd, 0);
-    sockaddr_un address {};
-    address.sun_family = AF_UNIX;
-    ASSERT_LT(path.string().size(), sizeof address.sun_path);
-    std::strcpy(address.sun_path, path.c_str());
-    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0) << std::strerror(errno);
-    ::close(fd);
 }
 
 class CommandQueue : public testing::Test {

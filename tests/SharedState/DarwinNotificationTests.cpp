@@ -2,6 +2,7 @@
 #include <quelm/DarwinNotificationObserver.h>
 
 #include "SessionBus.h"
+#include "ChildProcess.h"
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -26,21 +27,6 @@ using quelm::test::Fence;
 using quelm::test::uniqueNotificationName;
 
 namespace {
-
-// Runs `body` in a forked child and returns its exit status (-1 when it did not exit normally).
-template<class Body>
-int exitStatusOfChild(Body body)
-{
-    const pid_t child = ::fork();
-    if (child == 0)
-        ::_exit(body());
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR)
-            return -1;
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 // Sends this process's standard output and error to a file until destruction.
 class CapturedOutput {
@@ -322,7 +308,7 @@ TEST(DarwinNotificationTests, APostInAnotherProcessReachesTheObserver)
     Fence fence;
     ASSERT_TRUE(fence.pass());
 
-    const int status = exitStatusOfChild([&] {
+    const int status = test::exitStatusOfChild([&] {
         DarwinNotification::post(name);
         return 0;
     });
@@ -378,7 +364,7 @@ TEST(DarwinNotificationTests, WithoutASessionBusAFreshProcessPostsNothingAndPrin
     const auto output = temporary / "output";
     const auto runtimeDirectory = temporary / "runtime";
     std::filesystem::create_directory(runtimeDirectory);
-    const int status = exitStatusOfChild([&] {
+    const int status = test::exitStatusOfChild([&] {
         ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/quelm-test-bus", 1);
         ::setenv("XDG_RUNTIME_DIR", runtimeDirectory.c_str(), 1);
         const int fd = ::open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);

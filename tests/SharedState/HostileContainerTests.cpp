@@ -27,6 +27,7 @@
 using namespace quelm;
 using quelm::test::ChildOutcome;
 using quelm::test::TemporaryDirectory;
+using quelm::test::makeSocket;
 using quelm::test::readFile;
 using quelm::test::runInChild;
 using quelm::test::writeFile;
@@ -67,19 +68,6 @@ std::map<std::string, std::string> fingerprint(const fs::path& directory)
             entries[relative] = "other";
     }
     return entries;
-}
-
-// Leaves a bound UNIX socket at `path`, as a program that listens there would.
-void makeSocket(const fs::path& path)
-{
-    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_GE(fd, 0);
-    sockaddr_un address {};
-    address.sun_family = AF_UNIX;
-    ASSERT_LT(path.string().size(), sizeof address.sun_path);
-    std::strcpy(address.sun_path, path.c_str());
-    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0) << std::strerror(errno);
-    ::close(fd);
 }
 
 void makeSparseFile(const fs::path& path, off_t size)

@@ -24,6 +24,7 @@
 using namespace quelm;
 using quelm::test::ScopedEnvironment;
 using quelm::test::TemporaryDirectory;
+using quelm::test::entriesOf;
 using quelm::test::permissions;
 using quelm::test::readFile;
 using quelm::test::writeFile;
@@ -33,15 +34,6 @@ namespace {
 
 constexpr double aMoment = 1'700'000'000.0; // 2023-11-14T22:13:20Z
 constexpr uid_t nobody = 65534;
-
-std::vector<std::string> entriesOf(const fs::path& directory)
-{
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(directory))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
-}
 
 WidgetSnapshot sampleSnapshot(double updatedAt = aMoment)
 {

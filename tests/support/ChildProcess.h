@@ -138,6 +138,22 @@ inline std::string becomeUnprivileged()
     return {};
 }
 
+// Runs `body` in a forked child and returns its exit status (-1 when it did not exit normally).
+// For a child whose whole finding is its exit status; runInChild reports text.
+template<class Body>
+int exitStatusOfChild(Body body)
+{
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(body());
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR)
+            return -1;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
 // The most memory this process has held at once since the last reset, in KiB (VmHWM), or -1.
 inline long peakResidentKiB()
 {

@@ -1,9 +1,12 @@
 #pragma once
 
 // Small helpers shared by the test programs: temporary directories, environment overrides,
-// whole-file reads and writes, and running a built program.
+// whole-file reads and writes, directory listings, sockets, and running a built program.
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -11,8 +14,11 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <vector>
 
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace quelm::test {
@@ -92,6 +98,36 @@ inline std::string readFile(const std::filesystem::path& path)
     std::ostringstream buffer;
     buffer << in.rdbuf();
     return buffer.str();
+}
+
+// The names in `directory`, sorted.
+inline std::vector<std::string> entriesOf(const std::filesystem::path& directory)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(directory))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// Leaves a bound UNIX socket at `path`, as a program that listens there would.
+inline void makeSocket(const std::filesystem::path& path)
+{
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    if (fd < 0)
+        throw std::system_error(errno, std::generic_category(), "socket");
+    sockaddr_un address {};
+    address.sun_family = AF_UNIX;
+    if (path.native().size() >= sizeof address.sun_path) {
+        ::close(fd);
+        throw std::length_error("socket path too long: " + path.string());
+    }
+    std::strcpy(address.sun_path, path.c_str());
+    const int bound = ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    const int error = errno;
+    ::close(fd);
+    if (bound != 0)
+        throw std::system_error(error, std::generic_category(), "bind " + path.string());
 }
 
 inline mode_t permissions(const std::filesystem::path& path)
