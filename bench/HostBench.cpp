@@ -11,6 +11,7 @@
 // (without one a click still queues its command; only the notification is not posted).
 
 #include "ChildWithOutput.h"
+#include "ViewTreeSearch.h"
 
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>
@@ -37,6 +38,7 @@ namespace {
 
 using nlohmann::json;
 using quelm::test::ChildWithOutput;
+using quelm::test::findNode;
 namespace fs = std::filesystem;
 
 constexpr const char* sampleSnapshot = R"json({"items":[
@@ -66,19 +68,6 @@ int runQuietly(const std::vector<std::string>& arguments)
     while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-const json* findNode(const json& node, const std::function<bool(const json&)>& wanted)
-{
-    if (wanted(node))
-        return &node;
-    if (node.contains("children")) {
-        for (const json& child : node["children"]) {
-            if (const json* found = findNode(child, wanted))
-                return found;
-        }
-    }
-    return nullptr;
 }
 
 bool startsWith(const std::string& text, const std::string& prefix)
@@ -240,7 +229,7 @@ HostUnderTest& host()
 
 const json* rowOf(const json& tree, const std::string& id)
 {
-    return findNode(tree["root"], [&](const json& node) { return node["type"] == "row" && node["id"] == id; });
+    return findNode<json>(tree["root"], [&](const json& node) { return node["type"] == "row" && node["id"] == id; });
 }
 
 // A "Name:   1234 kB" line of a /proc file, in kB.
@@ -281,7 +270,7 @@ double percentile(std::vector<double> values, double fraction)
 void clickToPendingRepaint(benchmark::State& state)
 {
     HostUnderTest& h = host();
-    const json* button = findNode(h.lastTree("large")["root"],
+    const json* button = findNode<json>(h.lastTree("large")["root"],
         [](const json& node) { return node["type"] == "button" && node["start"] == true; });
     if (!button) {
         state.SkipWithError("the large widget shows no start button");

@@ -5,6 +5,7 @@
 
 #include "SessionBus.h"
 #include "ChildWithOutput.h"
+#include "ViewTreeSearch.h"
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -29,6 +30,7 @@
 using nlohmann::json;
 using quelm::test::ScopedEnvironment;
 using quelm::test::TemporaryDirectory;
+using quelm::test::findNode;
 using quelm::test::readFile;
 
 namespace {
@@ -85,28 +87,14 @@ bool startsWith(const std::string& text, const std::string& prefix)
     return text.rfind(prefix, 0) == 0;
 }
 
-// Depth-first: the first node for which `wanted` holds.
-const json* findNode(const json& node, const std::function<bool(const json&)>& wanted)
-{
-    if (wanted(node))
-        return &node;
-    if (node.contains("children")) {
-        for (const json& child : node["children"]) {
-            if (const json* found = findNode(child, wanted))
-                return found;
-        }
-    }
-    return nullptr;
-}
-
 const json* rowOf(const json& tree, const std::string& id)
 {
-    return findNode(tree["root"], [&](const json& node) { return node["type"] == "row" && node["id"] == id; });
+    return findNode<json>(tree["root"], [&](const json& node) { return node["type"] == "row" && node["id"] == id; });
 }
 
 bool rowShowsText(const json& row, const std::string& text)
 {
-    return findNode(row, [&](const json& node) { return node["type"] == "text" && node["text"] == text; }) != nullptr;
+    return findNode<json>(row, [&](const json& node) { return node["type"] == "text" && node["text"] == text; }) != nullptr;
 }
 
 // The row of `id` in a "render ID JSON" line of the host's trace, if the line is one and has it.
@@ -182,7 +170,7 @@ protected:
         const Finished render = run({ requiredEnvironment("QUELM_WIDGET"), "render", "--family", "medium", "--format", "json" });
         EXPECT_EQ(render.status, 0);
         const json tree = json::parse(render.out);
-        const json* button = findNode(tree["root"], [&](const json& node) { return node["type"] == "button" && node["itemID"] == itemID; });
+        const json* button = findNode<json>(tree["root"], [&](const json& node) { return node["type"] == "button" && node["itemID"] == itemID; });
         if (!button)
             throw std::runtime_error("no button for " + itemID);
         EXPECT_EQ((*button)["start"], true);

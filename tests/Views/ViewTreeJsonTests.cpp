@@ -1,4 +1,5 @@
 #include "ViewsTestSupport.h"
+#include "ViewTreeSearch.h"
 
 #include "ViewTreeJson.h"
 
@@ -10,22 +11,9 @@ namespace {
 
 class ViewTreeJsonTest : public ViewsTest { };
 
-const ordered_json* findNode(const ordered_json& node, const std::function<bool(const ordered_json&)>& predicate)
-{
-    if (predicate(node))
-        return &node;
-    if (node.contains("children")) {
-        for (const ordered_json& child : node["children"]) {
-            if (const auto* found = findNode(child, predicate))
-                return found;
-        }
-    }
-    return nullptr;
-}
-
 const ordered_json& nodeOfType(const ordered_json& root, const std::string& type)
 {
-    const auto* found = findNode(root, [&](const ordered_json& node) { return node["type"] == type; });
+    const auto* found = findNode<ordered_json>(root, [&](const ordered_json& node) { return node["type"] == type; });
     if (!found)
         throw std::runtime_error("no " + type + " node");
     return *found;
@@ -69,7 +57,7 @@ TEST_F(ViewTreeJsonTest, NodesCarryTheirTypesKeys)
     const auto& section = nodeOfType(root, "section");
     EXPECT_EQ(section["title"], "Claude");
 
-    const auto* postgres = findNode(root, [](const ordered_json& node) { return node["type"] == "row" && node["id"] == "c"; });
+    const auto* postgres = findNode<ordered_json>(root, [](const ordered_json& node) { return node["type"] == "row" && node["id"] == "c"; });
     ASSERT_TRUE(postgres);
     EXPECT_EQ((*postgres)["kind"], "item");
     EXPECT_EQ((*postgres)["appearsRunning"], true);
@@ -84,11 +72,11 @@ TEST_F(ViewTreeJsonTest, NodesCarryTheirTypesKeys)
     EXPECT_EQ(glyph["opacity"], 1.0);
     EXPECT_EQ(glyph["halo"], (ordered_json { { "r", 0.96 }, { "g", 0.66 }, { "b", 0.32 }, { "a", 0.55 } }));
 
-    const auto* stopped = findNode(root, [](const ordered_json& node) { return node["type"] == "row" && node["id"] == "e"; });
+    const auto* stopped = findNode<ordered_json>(root, [](const ordered_json& node) { return node["type"] == "row" && node["id"] == "e"; });
     ASSERT_TRUE(stopped);
     EXPECT_TRUE(nodeOfType(*stopped, "symbol")["halo"].is_null());
 
-    const auto& group = *findNode(root, [](const ordered_json& node) { return node["type"] == "row" && node["kind"] == "group"; });
+    const auto& group = *findNode<ordered_json>(root, [](const ordered_json& node) { return node["type"] == "row" && node["kind"] == "group"; });
     EXPECT_EQ(nodeOfType(group, "symbol")["halo"], (ordered_json { { "named", "accent" }, { "a", 0.5 } }));
 
     const auto& link = nodeOfType(root, "link");
