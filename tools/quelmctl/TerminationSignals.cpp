@@ -57,9 +57,4 @@ bool TerminationSignals::wait(std::optional<double> seconds) const
     }
 }
 
-void TerminationSignals::raise()
-{
-    ::kill(::getpid(), SIGTERM);
-}
-
 }

@@ -20,9 +20,6 @@ public:
     // waits for ever.
     bool wait(std::optional<double> seconds = std::nullopt) const;
 
-    // Sends SIGTERM to this process, so that a thread blocked in `wait` wakes up.
-    static void raise();
-
     // The signal mask that a spawned child should start with: the one before construction.
     const sigset_t& previousMask() const { return m_previous; }
 

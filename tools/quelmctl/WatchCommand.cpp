@@ -6,60 +6,17 @@
 #include "SessionBus.h"
 #include "StoreLocation.h"
 #include "TerminationSignals.h"
+#include "WakeUps.h"
 
 #include <quelm/DarwinNotificationObserver.h>
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
 
-#include <condition_variable>
-#include <mutex>
 #include <optional>
-#include <thread>
 
 namespace quelmctl {
 
 namespace {
-
-// What the notification handler and the signal waiter tell the draining thread. The handler only
-// marks the queue dirty: a burst of deliveries while a drain runs leads to one more drain, and a
-// command enqueued before its notification is never missed.
-class WatchState {
-public:
-    void markDirty()
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_dirty = true;
-        }
-        m_changed.notify_one();
-    }
-
-    void stop()
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_stopping = true;
-        }
-        m_changed.notify_one();
-    }
-
-    // Waits until the queue is dirty (true, and clears the mark) or a stop was asked (false).
-    bool waitForWork()
-    {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_dirty || m_stopping; });
-        if (m_stopping)
-            return false;
-        m_dirty = false;
-        return true;
-    }
-
-private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    bool m_dirty = true; // the first drain, at start
-    bool m_stopping = false;
-};
 
 int runWatch(const Invocation& invocation)
 {
@@ -72,37 +29,28 @@ int runWatch(const Invocation& invocation)
         throw UsageError("option --exec needs a command");
     const quelm::SharedStore store = openStore(invocation);
 
-    // Before any thread starts, so that only the waiter below ever takes these signals.
+    // Before the observer starts its thread, so that the signals reach only `wakeUps`.
     const TerminationSignals signals;
     const std::optional<CommandHook> hook = exec ? std::optional<CommandHook>(std::in_place, *exec, signals.previousMask()) : std::nullopt;
 
     if (!sessionBusLikely())
         invocation.err << "quelmctl watch: warning: no session bus found; only commands waiting now are taken\n";
 
-    WatchState state;
-    std::thread signalWaiter([&] {
-        signals.wait();
-        state.stop();
-    });
-    try {
-        // Observing starts before the first drain, so no command falls between the two.
-        const quelm::DarwinNotificationObserver observer(std::string(quelm::SharedConstants::commandNotification),
-            [&state] { state.markDirty(); });
-        while (state.waitForWork()) {
-            for (const quelm::WidgetCommand& command : store.drainCommands()) {
-                if (!hook) {
-                    printCommand(invocation.out, command, json);
-                } else if (const std::string failure = hook->run(command); !failure.empty()) {
-                    invocation.err << "quelmctl watch: " << readableLine(command) << ": " << failure << '\n';
-                }
+    WakeUps wakeUps(signals.signals());
+    // Observing starts before the first drain, so no command falls between the two. The handler
+    // only rings: a burst of deliveries while a drain runs leads to one more drain, and a command
+    // enqueued before its notification is never missed.
+    const quelm::DarwinNotificationObserver observer(std::string(quelm::SharedConstants::commandNotification),
+        [&wakeUps] { wakeUps.ring(); });
+    do {
+        for (const quelm::WidgetCommand& command : store.drainCommands()) {
+            if (!hook) {
+                printCommand(invocation.out, command, json);
+            } else if (const std::string failure = hook->run(command); !failure.empty()) {
+                invocation.err << "quelmctl watch: " << readableLine(command) << ": " << failure << '\n';
             }
         }
-    } catch (...) {
-        TerminationSignals::raise(); // wake the waiter, then let the dispatcher report
-        signalWaiter.join();
-        throw;
-    }
-    signalWaiter.join();
+    } while (wakeUps.wait(std::nullopt) == WakeUps::Reason::rung);
     return success;
 }
 
