@@ -1,6 +1,6 @@
 #include "ToggleItemIntent.h"
 
-#include <quelm/DarwinNotification.h>
+#include <quelm/Notification.h>
 #include <quelm/Date.h>
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
@@ -23,7 +23,7 @@ void ToggleItemIntent::perform() const
     const WidgetCommand command(*itemID, *start ? WidgetCommand::Action::start : WidgetCommand::Action::stop, Uuid::random(), Date::now());
     store->enqueue(command);
     store->markPending(command);
-    DarwinNotification::post(SharedConstants::commandNotification);
+    Notification::post(SharedConstants::commandNotification);
 }
 
 }

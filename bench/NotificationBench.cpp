@@ -7,8 +7,8 @@
 //
 //   NotificationBench [POSTS]   (default 2000, at least 1000, after 100 warm-up posts)
 
-#include <quelm/DarwinNotification.h>
-#include <quelm/DarwinNotificationObserver.h>
+#include <quelm/Notification.h>
+#include <quelm/NotificationObserver.h>
 
 #include <algorithm>
 #include <chrono>
@@ -87,10 +87,10 @@ struct Pongs {
 {
     int received = 0;
     {
-        DarwinNotificationObserver observer(ping, [&] {
+        NotificationObserver observer(ping, [&] {
             if (received < total)
                 receivedAt[received++] = nowNanoseconds();
-            DarwinNotification::post(pong);
+            Notification::post(pong);
         });
         const char ready = 'r';
         if (::write(readyFd, &ready, 1) != 1)
@@ -150,7 +150,7 @@ int main(int argc, char** argv)
     ::close(done[0]);
 
     Pongs pongs;
-    DarwinNotificationObserver observer(pong, [&] { pongs(); });
+    NotificationObserver observer(pong, [&] { pongs(); });
     char byte;
     if (::read(ready[0], &byte, 1) != 1) {
         std::fprintf(stderr, "NotificationBench: the observing process did not start\n");
@@ -161,7 +161,7 @@ int main(int argc, char** argv)
     std::vector<std::int64_t> postCall(static_cast<std::size_t>(total));
     for (int i = 0; i < total; ++i) {
         sentAt[std::size_t(i)] = nowNanoseconds();
-        DarwinNotification::post(ping);
+        Notification::post(ping);
         postCall[std::size_t(i)] = nowNanoseconds() - sentAt[std::size_t(i)];
         if (!pongs.waitFor(i + 1)) {
             std::fprintf(stderr, "NotificationBench: post %d was not answered within 5 s\n", i);

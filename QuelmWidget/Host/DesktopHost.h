@@ -18,7 +18,7 @@
 
 namespace quelm::host {
 
-// What WidgetKit is on the Mac: shows every placed widget of the bundle on the desktop, keeps
+// The desktop side of the widget: shows every placed widget of the bundle on the desktop, keeps
 // their timelines live, runs their buttons' intents and keeps the list of placed widgets.
 //   - Every placed widget reloads when the container's files change, after every intent, and at
 //     its timeline's own dates.

@@ -7,7 +7,7 @@
 
 #include "ToggleItemIntent.h"
 
-#include <quelm/DarwinNotificationObserver.h>
+#include <quelm/NotificationObserver.h>
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
 #include <quelm/WireFormat.h>
@@ -87,7 +87,7 @@ struct Drain {
             text += encode(command) + "\n";
         writeAll(out, text);
     };
-    auto observer = std::make_unique<DarwinNotificationObserver>(std::string(SharedConstants::commandNotification), [&] {
+    auto observer = std::make_unique<NotificationObserver>(std::string(SharedConstants::commandNotification), [&] {
         auto commands = store.drainCommands();
         if (!commands.empty())
             record(commands, false);

@@ -1,6 +1,6 @@
 #include "ToggleItemIntent.h"
 
-#include <quelm/DarwinNotificationObserver.h>
+#include <quelm/NotificationObserver.h>
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
 #include <quelm/WireFormat.h>
@@ -84,7 +84,7 @@ protected:
     test::DedicatedSessionBus m_bus;
     test::ScopedEnvironment m_busAddress { "DBUS_SESSION_BUS_ADDRESS", m_bus.address() };
     test::DeliveryCounter m_woken;
-    DarwinNotificationObserver m_app { commandNotification, [this] { m_woken(); } };
+    NotificationObserver m_app { commandNotification, [this] { m_woken(); } };
     test::BusProbe m_probe;
     test::Fence m_fence;
     fs::path m_root;

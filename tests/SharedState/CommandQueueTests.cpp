@@ -78,7 +78,7 @@ protected:
 
 }
 
-// MARK: - enqueue
+// enqueue
 
 TEST_F(CommandQueue, EnqueueCreatesTheDirectoryAndOneFileNamedByTheUpperCaseId)
 {
@@ -135,7 +135,7 @@ TEST_F(CommandQueue, EnqueueEncodingErrorIsThrownAndNoFileIsWritten)
     EXPECT_THAT(entriesOf(commands), IsEmpty());
 }
 
-// MARK: - markPending
+// markPending
 
 TEST_F(CommandQueue, TheLaterMarkForAnItemWinsWhateverItsIssueTime)
 {
@@ -178,7 +178,7 @@ TEST_F(CommandQueue, MarkWithoutARootFailsSilentlyAndCreatesNothing)
     EXPECT_THAT(entriesOf(temporary.path()), IsEmpty());
 }
 
-// MARK: - pendingCommands
+// pendingCommands
 
 TEST_F(CommandQueue, ACommandIssuedAtTheSnapshotsInstantIsAnswered)
 {
@@ -237,7 +237,7 @@ TEST_F(CommandQueue, AMissingEmptyArrayOrDamagedPendingFileGivesNoMarks)
     EXPECT_THAT(store.pendingCommands(snapshotAt(0), Date(aMoment), 20), IsEmpty());
 }
 
-// MARK: - drainCommands
+// drainCommands
 
 TEST_F(CommandQueue, DrainReturnsTheCommandsInIssueOrderAndDeletesEverything)
 {

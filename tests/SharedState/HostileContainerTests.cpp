@@ -133,7 +133,7 @@ protected:
 
 }
 
-// MARK: - Links
+// Links
 
 TEST_F(HostileContainer, LinksToFilesOutsideAreNeverRead)
 {
@@ -246,7 +246,7 @@ TEST_F(HostileContainer, ARootThatIsADanglingLinkOrALoopDegradesAndCreatesNothin
     EXPECT_FALSE(fs::exists(fs::symlink_status(temporary / "not-yet")));
 }
 
-// MARK: - Special files
+// Special files
 
 TEST_F(HostileContainer, FifosAndSocketsNeitherBlockNorCountAsDocuments)
 {
@@ -316,7 +316,7 @@ TEST_F(HostileContainer, ADirectoryInPlaceOfASnapshotIsNeitherReadNorEmptied)
     EXPECT_EQ(entries, std::vector<std::string> { "snapshot.json" });
 }
 
-// MARK: - Size and shape
+// Size and shape
 
 TEST_F(HostileContainer, GibibyteFilesAreRefusedUnreadWithBoundedMemory)
 {
@@ -501,7 +501,7 @@ TEST_F(HostileContainer, ThousandsOfForeignEntriesAreDrainedAway)
     EXPECT_TRUE(fs::is_empty(container / "commands"));
 }
 
-// MARK: - Permissions
+// Permissions
 
 TEST_F(HostileContainer, AnotherUsersFilesDegradeForTheReaderAndAreLeftAlone)
 {

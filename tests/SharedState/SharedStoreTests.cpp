@@ -91,7 +91,7 @@ int exitCodeFor(SharedStore::AppStatus status)
 
 }
 
-// MARK: - Locating the container
+// Locating the container
 
 TEST(SharedStoreContainer, RootConstructorKeepsThePathAndCreatesNothing)
 {
@@ -176,7 +176,7 @@ TEST(SharedStoreContainer, AppStatusRawValues)
     EXPECT_FALSE(fromRawValue<Status>(""));
 }
 
-// MARK: - Snapshot
+// Snapshot
 
 TEST(SharedStoreSnapshot, BeforeTheAppHasEverRunTheSnapshotIsEmptyAndTheAppIsNotRunning)
 {
@@ -375,7 +375,7 @@ TEST(SharedStoreSnapshot, ReadAcceptsSixteenMebibytesAndNoMore)
     EXPECT_EQ(store.readSnapshot(), WidgetSnapshot::empty);
 }
 
-// MARK: - Heartbeat and app status
+// Heartbeat and app status
 
 TEST(SharedStoreHeartbeat, BeatWrittenAt10SecondsIsTheFourCharacters10Point0)
 {
@@ -528,7 +528,7 @@ TEST(SharedStoreHeartbeat, HeartbeatLargerThan64KiBMeansNotRunning)
     EXPECT_EQ(store.appStatus(Date(aMoment)), SharedStore::AppStatus::notRunning);
 }
 
-// MARK: - Heartbeat text
+// Heartbeat text
 
 TEST(HeartbeatText, FormatsFixedShortestWithAtLeastOneFractionDigit)
 {

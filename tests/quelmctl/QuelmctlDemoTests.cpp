@@ -2,7 +2,7 @@
 // plays the widget's part with `quelmctl toggle` (or command files and the notification): checks
 // what the demo publishes, prints and leaves behind.
 
-#include <quelm/DarwinNotification.h>
+#include <quelm/Notification.h>
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
 #include <quelm/WireFormat.h>
@@ -301,7 +301,7 @@ TEST_F(QuelmctlDemoTest, LosesNoCommandOfABurstAndWorksOnTheRootItIsGiven)
         const fs::path staged = temporary / ("staged-" + command.id.string());
         writeFile(staged, encode(command));
         fs::rename(staged, root / "commands" / (command.id.string() + ".json"));
-        DarwinNotification::post(SharedConstants::commandNotification);
+        Notification::post(SharedConstants::commandNotification);
     }
 
     const std::regex commandLine(R"(demo: (start|stop) [a-e] → .*)");

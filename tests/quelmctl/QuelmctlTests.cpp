@@ -1,7 +1,7 @@
 // Runs the built quelmctl (its path in $QUELMCTL) as a user would: arguments, standard input,
 // environment; checks standard output, standard error, the exit status and the store's files.
 
-#include <quelm/DarwinNotification.h>
+#include <quelm/Notification.h>
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
 #include <quelm/WireFormat.h>
@@ -650,7 +650,7 @@ protected:
         const fs::path staged = temporary / ("staged-" + command.id.string());
         writeFile(staged, encode(command));
         fs::rename(staged, directory / "commands" / (command.id.string() + ".json"));
-        DarwinNotification::post(SharedConstants::commandNotification);
+        Notification::post(SharedConstants::commandNotification);
     }
 
     // Starts `watch` and waits for the pre-queued `ready` command to come out of its first drain,

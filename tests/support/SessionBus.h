@@ -8,8 +8,8 @@
 // counters, "fences" that prove earlier posts were processed, and a raw bus probe that records,
 // in bus order, every name posted on the session bus.
 
-#include <quelm/DarwinNotification.h>
-#include <quelm/DarwinNotificationObserver.h>
+#include <quelm/Notification.h>
+#include <quelm/NotificationObserver.h>
 #include <quelm/Uuid.h>
 
 #include <gtest/gtest.h>
@@ -181,7 +181,7 @@ public:
     bool pass()
     {
         const int expected = m_passed.count() + 1;
-        DarwinNotification::post(m_name);
+        Notification::post(m_name);
         return m_passed.waitFor(expected);
     }
 
@@ -190,7 +190,7 @@ public:
 private:
     std::string m_name;
     DeliveryCounter m_passed;
-    DarwinNotificationObserver m_observer;
+    NotificationObserver m_observer;
 };
 
 // A plain session-bus client, read on the test's own thread, that sees every Posted signal (any

@@ -7,7 +7,7 @@
 #include "TerminationSignals.h"
 #include "WakeUps.h"
 
-#include <quelm/DarwinNotificationObserver.h>
+#include <quelm/NotificationObserver.h>
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
 #include <quelm/WireFormat.h>
@@ -198,7 +198,7 @@ int runDemo(const Invocation& invocation)
 
     // Observing starts before the first drain, so no command falls between the two. The handler
     // runs on the observer's thread and only rings: the loop below does all the work.
-    const quelm::DarwinNotificationObserver observer(std::string(quelm::SharedConstants::commandNotification),
+    const quelm::NotificationObserver observer(std::string(quelm::SharedConstants::commandNotification),
         [&wakeUps] { wakeUps.ring(); });
     loop.takeCommands();
     loop.say("waiting for the widget's commands");

@@ -8,7 +8,7 @@
 #include "TerminationSignals.h"
 #include "WakeUps.h"
 
-#include <quelm/DarwinNotificationObserver.h>
+#include <quelm/NotificationObserver.h>
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
 
@@ -40,7 +40,7 @@ int runWatch(const Invocation& invocation)
     // Observing starts before the first drain, so no command falls between the two. The handler
     // only rings: a burst of deliveries while a drain runs leads to one more drain, and a command
     // enqueued before its notification is never missed.
-    const quelm::DarwinNotificationObserver observer(std::string(quelm::SharedConstants::commandNotification),
+    const quelm::NotificationObserver observer(std::string(quelm::SharedConstants::commandNotification),
         [&wakeUps] { wakeUps.ring(); });
     do {
         for (const quelm::WidgetCommand& command : store.drainCommands()) {

@@ -1,4 +1,4 @@
-#include <quelm/DarwinNotification.h>
+#include <quelm/Notification.h>
 
 #include "NotificationListener.h"
 
@@ -11,7 +11,7 @@
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
-namespace quelm::DarwinNotification {
+namespace quelm::Notification {
 
 namespace {
 

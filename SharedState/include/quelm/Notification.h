@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace quelm::DarwinNotification {
+namespace quelm::Notification {
 
 // Posts the bare name to every observer of it on the session bus. Never fails from the caller's
 // view: without a session bus it does nothing.

@@ -13,15 +13,15 @@ class NotificationListener;
 // Calls `handler` on its own delivery thread each time `name` is posted, from construction until
 // destruction. Destruction stops deliveries before it releases the handler, so no call reaches a
 // destroyed observer. Without a session bus it simply receives nothing.
-class DarwinNotificationObserver {
+class NotificationObserver {
 public:
-    DarwinNotificationObserver(std::string name, std::function<void()> handler);
-    ~DarwinNotificationObserver();
+    NotificationObserver(std::string name, std::function<void()> handler);
+    ~NotificationObserver();
 
-    DarwinNotificationObserver(const DarwinNotificationObserver&) = delete;
-    DarwinNotificationObserver& operator=(const DarwinNotificationObserver&) = delete;
-    DarwinNotificationObserver(DarwinNotificationObserver&&) = delete;
-    DarwinNotificationObserver& operator=(DarwinNotificationObserver&&) = delete;
+    NotificationObserver(const NotificationObserver&) = delete;
+    NotificationObserver& operator=(const NotificationObserver&) = delete;
+    NotificationObserver(NotificationObserver&&) = delete;
+    NotificationObserver& operator=(NotificationObserver&&) = delete;
 
     const std::string& name() const { return m_name; }
 

@@ -1,5 +1,5 @@
-#include <quelm/DarwinNotification.h>
-#include <quelm/DarwinNotificationObserver.h>
+#include <quelm/Notification.h>
+#include <quelm/NotificationObserver.h>
 
 #include "SessionBus.h"
 #include "ChildProcess.h"
@@ -65,27 +65,27 @@ private:
 
 }
 
-TEST(DarwinNotificationTests, PostingANameNobodyObservesDoesNothingAndDoesNotFail)
+TEST(NotificationTests, PostingANameNobodyObservesDoesNothingAndDoesNotFail)
 {
-    EXPECT_NO_THROW(DarwinNotification::post(uniqueNotificationName("unobserved")));
-    EXPECT_NO_THROW(DarwinNotification::post(""));
-    EXPECT_NO_THROW(DarwinNotification::post(std::string("with\0nul", 8)));
-    EXPECT_NO_THROW(DarwinNotification::post("not utf-8 \xff\xfe"));
+    EXPECT_NO_THROW(Notification::post(uniqueNotificationName("unobserved")));
+    EXPECT_NO_THROW(Notification::post(""));
+    EXPECT_NO_THROW(Notification::post(std::string("with\0nul", 8)));
+    EXPECT_NO_THROW(Notification::post("not utf-8 \xff\xfe"));
 
     // The process can still post and be heard afterwards.
     Fence fence;
     EXPECT_TRUE(fence.pass());
 }
 
-TEST(DarwinNotificationTests, PostIsTheBroadcastSignalPostedWithTheNameOnTheNotificationObject)
+TEST(NotificationTests, PostIsTheBroadcastSignalPostedWithTheNameOnTheNotificationObject)
 {
     BusProbe probe;
     ASSERT_TRUE(probe.connected());
     const auto name = uniqueNotificationName("wire");
     const auto fence = uniqueNotificationName("wire-fence");
 
-    DarwinNotification::post(name);
-    DarwinNotification::post(fence);
+    Notification::post(name);
+    Notification::post(fence);
 
     const auto signals = probe.signalsBefore(fence);
     ASSERT_TRUE(signals.has_value());
@@ -100,17 +100,17 @@ TEST(DarwinNotificationTests, PostIsTheBroadcastSignalPostedWithTheNameOnTheNoti
     EXPECT_EQ(ours[0].member, "Posted");
 }
 
-TEST(DarwinNotificationTests, ObserverIsCalledOncePerPost)
+TEST(NotificationTests, ObserverIsCalledOncePerPost)
 {
     const auto name = uniqueNotificationName("once");
     DeliveryCounter deliveries;
-    DarwinNotificationObserver observer(name, [&] { deliveries(); });
+    NotificationObserver observer(name, [&] { deliveries(); });
     EXPECT_EQ(observer.name(), name);
 
-    DarwinNotification::post(name);
+    Notification::post(name);
     ASSERT_TRUE(deliveries.waitFor(1));
-    DarwinNotification::post(name);
-    DarwinNotification::post(name);
+    Notification::post(name);
+    Notification::post(name);
     ASSERT_TRUE(deliveries.waitFor(3));
 
     Fence fence;
@@ -118,23 +118,23 @@ TEST(DarwinNotificationTests, ObserverIsCalledOncePerPost)
     EXPECT_EQ(deliveries.count(), 3);
 }
 
-TEST(DarwinNotificationTests, APostRightAfterConstructionIsDelivered)
+TEST(NotificationTests, APostRightAfterConstructionIsDelivered)
 {
     const auto name = uniqueNotificationName("immediate");
     for (int round = 0; round < 25; ++round) {
         DeliveryCounter deliveries;
-        DarwinNotificationObserver observer(name, [&] { deliveries(); });
-        DarwinNotification::post(name);
+        NotificationObserver observer(name, [&] { deliveries(); });
+        Notification::post(name);
         ASSERT_TRUE(deliveries.waitFor(1)) << "round " << round;
     }
 }
 
-TEST(DarwinNotificationTests, HandlerRunsOnTheObserversOwnThread)
+TEST(NotificationTests, HandlerRunsOnTheObserversOwnThread)
 {
     const auto name = uniqueNotificationName("thread");
     std::promise<std::thread::id> handlerThread;
     auto delivered = handlerThread.get_future();
-    DarwinNotificationObserver observer(name, [&] {
+    NotificationObserver observer(name, [&] {
         try {
             handlerThread.set_value(std::this_thread::get_id());
         } catch (const std::future_error&) {
@@ -142,21 +142,21 @@ TEST(DarwinNotificationTests, HandlerRunsOnTheObserversOwnThread)
         }
     });
 
-    DarwinNotification::post(name);
+    Notification::post(name);
     ASSERT_EQ(delivered.wait_for(test::deliveryDeadline), std::future_status::ready);
     EXPECT_NE(delivered.get(), std::this_thread::get_id());
 }
 
-TEST(DarwinNotificationTests, TwoObserversOfOneNameBothGetEachDelivery)
+TEST(NotificationTests, TwoObserversOfOneNameBothGetEachDelivery)
 {
     const auto name = uniqueNotificationName("shared");
     DeliveryCounter first;
     DeliveryCounter second;
-    DarwinNotificationObserver firstObserver(name, [&] { first(); });
-    DarwinNotificationObserver secondObserver(name, [&] { second(); });
+    NotificationObserver firstObserver(name, [&] { first(); });
+    NotificationObserver secondObserver(name, [&] { second(); });
 
-    DarwinNotification::post(name);
-    DarwinNotification::post(name);
+    Notification::post(name);
+    Notification::post(name);
 
     EXPECT_TRUE(first.waitFor(2));
     EXPECT_TRUE(second.waitFor(2));
@@ -166,23 +166,23 @@ TEST(DarwinNotificationTests, TwoObserversOfOneNameBothGetEachDelivery)
     EXPECT_EQ(second.count(), 2);
 }
 
-TEST(DarwinNotificationTests, ObserverIsNotCalledWhenAnotherNameIsPosted)
+TEST(NotificationTests, ObserverIsNotCalledWhenAnotherNameIsPosted)
 {
     const auto name = uniqueNotificationName("exact");
     DeliveryCounter deliveries;
-    DarwinNotificationObserver observer(name, [&] { deliveries(); });
+    NotificationObserver observer(name, [&] { deliveries(); });
     Fence fence;
 
-    DarwinNotification::post(name.substr(0, name.size() - 1)); // a prefix of the observed name
-    DarwinNotification::post(name + ".longer"); // the observed name is a prefix of this one
-    DarwinNotification::post(name + "*");
-    DarwinNotification::post(uniqueNotificationName("exact"));
+    Notification::post(name.substr(0, name.size() - 1)); // a prefix of the observed name
+    Notification::post(name + ".longer"); // the observed name is a prefix of this one
+    Notification::post(name + "*");
+    Notification::post(uniqueNotificationName("exact"));
     ASSERT_TRUE(fence.pass());
 
     EXPECT_EQ(deliveries.count(), 0);
 }
 
-TEST(DarwinNotificationTests, NamesWithQuotesBackslashesAndSeparatorsAreMatchedExactly)
+TEST(NotificationTests, NamesWithQuotesBackslashesAndSeparatorsAreMatchedExactly)
 {
     const auto base = uniqueNotificationName("quoting");
     const std::vector<std::string> names {
@@ -198,16 +198,16 @@ TEST(DarwinNotificationTests, NamesWithQuotesBackslashesAndSeparatorsAreMatchedE
         std::string(2000, 'n') + base + "x",
     };
     std::vector<std::unique_ptr<DeliveryCounter>> counters;
-    std::vector<std::unique_ptr<DarwinNotificationObserver>> observers;
+    std::vector<std::unique_ptr<NotificationObserver>> observers;
     for (const auto& name : names) {
         counters.push_back(std::make_unique<DeliveryCounter>());
-        observers.push_back(std::make_unique<DarwinNotificationObserver>(name, [counter = counters.back().get()] { (*counter)(); }));
+        observers.push_back(std::make_unique<NotificationObserver>(name, [counter = counters.back().get()] { (*counter)(); }));
     }
     DeliveryCounter plain;
-    DarwinNotificationObserver plainObserver(base, [&] { plain(); });
+    NotificationObserver plainObserver(base, [&] { plain(); });
 
     for (const auto& name : names)
-        DarwinNotification::post(name);
+        Notification::post(name);
     for (std::size_t i = 0; i < names.size(); ++i)
         EXPECT_TRUE(counters[i]->waitFor(1)) << "name #" << i;
     Fence fence;
@@ -218,68 +218,68 @@ TEST(DarwinNotificationTests, NamesWithQuotesBackslashesAndSeparatorsAreMatchedE
     EXPECT_EQ(plain.count(), 0);
 }
 
-TEST(DarwinNotificationTests, APostAfterTheObserverIsDestroyedDoesNotReachItsHandler)
+TEST(NotificationTests, APostAfterTheObserverIsDestroyedDoesNotReachItsHandler)
 {
     const auto name = uniqueNotificationName("destroyed");
     auto deliveries = std::make_shared<DeliveryCounter>();
-    auto observer = std::make_unique<DarwinNotificationObserver>(name, [deliveries] { (*deliveries)(); });
-    DarwinNotification::post(name);
+    auto observer = std::make_unique<NotificationObserver>(name, [deliveries] { (*deliveries)(); });
+    Notification::post(name);
     ASSERT_TRUE(deliveries->waitFor(1));
 
     observer.reset();
-    DarwinNotification::post(name);
-    DarwinNotification::post(name);
+    Notification::post(name);
+    Notification::post(name);
     Fence fence;
     ASSERT_TRUE(fence.pass());
 
     EXPECT_EQ(deliveries->count(), 1);
 }
 
-TEST(DarwinNotificationTests, DestroyingOneObserverLeavesTheOtherOfTheSameName)
+TEST(NotificationTests, DestroyingOneObserverLeavesTheOtherOfTheSameName)
 {
     const auto name = uniqueNotificationName("independent");
     DeliveryCounter kept;
     DeliveryCounter dropped;
-    DarwinNotificationObserver keptObserver(name, [&] { kept(); });
+    NotificationObserver keptObserver(name, [&] { kept(); });
     {
-        DarwinNotificationObserver droppedObserver(name, [&] { dropped(); });
+        NotificationObserver droppedObserver(name, [&] { dropped(); });
     }
 
-    DarwinNotification::post(name);
+    Notification::post(name);
     EXPECT_TRUE(kept.waitFor(1));
     Fence fence;
     ASSERT_TRUE(fence.pass());
     EXPECT_EQ(dropped.count(), 0);
 }
 
-TEST(DarwinNotificationTests, AHandlerThatThrowsDoesNotEndTheDeliveries)
+TEST(NotificationTests, AHandlerThatThrowsDoesNotEndTheDeliveries)
 {
     const auto name = uniqueNotificationName("throwing");
     DeliveryCounter deliveries;
-    DarwinNotificationObserver observer(name, [&] {
+    NotificationObserver observer(name, [&] {
         deliveries();
         throw std::runtime_error("handler failure");
     });
 
-    DarwinNotification::post(name);
-    DarwinNotification::post(name);
+    Notification::post(name);
+    Notification::post(name);
     EXPECT_TRUE(deliveries.waitFor(2));
 }
 
-TEST(DarwinNotificationTests, AnObserverWithoutHandlerIsHarmless)
+TEST(NotificationTests, AnObserverWithoutHandlerIsHarmless)
 {
     const auto name = uniqueNotificationName("no-handler");
-    DarwinNotificationObserver observer(name, nullptr);
-    DarwinNotification::post(name);
+    NotificationObserver observer(name, nullptr);
+    Notification::post(name);
     Fence fence;
     EXPECT_TRUE(fence.pass());
 }
 
-TEST(DarwinNotificationTests, PostsFromManyThreadsAreAllDelivered)
+TEST(NotificationTests, PostsFromManyThreadsAreAllDelivered)
 {
     const auto name = uniqueNotificationName("threads");
     DeliveryCounter deliveries;
-    DarwinNotificationObserver observer(name, [&] { deliveries(); });
+    NotificationObserver observer(name, [&] { deliveries(); });
 
     constexpr int threads = 4;
     constexpr int postsPerThread = 250;
@@ -287,7 +287,7 @@ TEST(DarwinNotificationTests, PostsFromManyThreadsAreAllDelivered)
     for (int t = 0; t < threads; ++t) {
         posters.emplace_back([&] {
             for (int i = 0; i < postsPerThread; ++i)
-                DarwinNotification::post(name);
+                Notification::post(name);
         });
     }
     for (auto& poster : posters)
@@ -299,49 +299,49 @@ TEST(DarwinNotificationTests, PostsFromManyThreadsAreAllDelivered)
     EXPECT_EQ(deliveries.count(), threads * postsPerThread);
 }
 
-TEST(DarwinNotificationTests, APostInAnotherProcessReachesTheObserver)
+TEST(NotificationTests, APostInAnotherProcessReachesTheObserver)
 {
     const auto name = uniqueNotificationName("cross-process");
     DeliveryCounter deliveries;
-    DarwinNotificationObserver observer(name, [&] { deliveries(); });
+    NotificationObserver observer(name, [&] { deliveries(); });
     // This process has a connection for posting already; the child must not reuse it.
     Fence fence;
     ASSERT_TRUE(fence.pass());
 
     const int status = test::exitStatusOfChild([&] {
-        DarwinNotification::post(name);
+        Notification::post(name);
         return 0;
     });
     ASSERT_EQ(status, 0);
     EXPECT_TRUE(deliveries.waitFor(1));
 
     // And the parent's own connection still works after the fork.
-    DarwinNotification::post(name);
+    Notification::post(name);
     EXPECT_TRUE(deliveries.waitFor(2));
 }
 
-TEST(DarwinNotificationTests, WithoutASessionBusPostAndObserverAreSilentNoOps)
+TEST(NotificationTests, WithoutASessionBusPostAndObserverAreSilentNoOps)
 {
     const auto name = uniqueNotificationName("no-bus");
     test::TemporaryDirectory temporary;
     const auto runtimeDirectory = temporary / "runtime";
     std::filesystem::create_directory(runtimeDirectory);
     DeliveryCounter deliveries;
-    std::unique_ptr<DarwinNotificationObserver> observer;
+    std::unique_ptr<NotificationObserver> observer;
     {
         test::ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/quelm-test-bus");
         test::ScopedEnvironment runtime("XDG_RUNTIME_DIR", runtimeDirectory.string());
         CapturedOutput output(temporary / "output");
-        EXPECT_NO_THROW(DarwinNotification::post(name));
-        EXPECT_NO_THROW(observer = std::make_unique<DarwinNotificationObserver>(name, [&] { deliveries(); }));
-        EXPECT_NO_THROW(DarwinNotification::post(name));
+        EXPECT_NO_THROW(Notification::post(name));
+        EXPECT_NO_THROW(observer = std::make_unique<NotificationObserver>(name, [&] { deliveries(); }));
+        EXPECT_NO_THROW(Notification::post(name));
         {
             test::ScopedEnvironment noAddress("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
-            EXPECT_NO_THROW(DarwinNotification::post(name));
-            EXPECT_NO_THROW(DarwinNotificationObserver(name, [&] { deliveries(); }));
+            EXPECT_NO_THROW(Notification::post(name));
+            EXPECT_NO_THROW(NotificationObserver(name, [&] { deliveries(); }));
             test::ScopedEnvironment noRuntime("XDG_RUNTIME_DIR", std::nullopt);
-            EXPECT_NO_THROW(DarwinNotification::post(name));
-            EXPECT_NO_THROW(DarwinNotificationObserver(name, [&] { deliveries(); }));
+            EXPECT_NO_THROW(Notification::post(name));
+            EXPECT_NO_THROW(NotificationObserver(name, [&] { deliveries(); }));
         }
     }
     EXPECT_EQ(test::readFile(temporary / "output"), "");
@@ -349,8 +349,8 @@ TEST(DarwinNotificationTests, WithoutASessionBusPostAndObserverAreSilentNoOps)
 
     // Back on the real bus: the observer made without one stays deaf, and posting works again.
     DeliveryCounter live;
-    DarwinNotificationObserver liveObserver(name, [&] { live(); });
-    DarwinNotification::post(name);
+    NotificationObserver liveObserver(name, [&] { live(); });
+    Notification::post(name);
     EXPECT_TRUE(live.waitFor(1));
     Fence fence;
     ASSERT_TRUE(fence.pass());
@@ -358,7 +358,7 @@ TEST(DarwinNotificationTests, WithoutASessionBusPostAndObserverAreSilentNoOps)
     EXPECT_NO_THROW(observer.reset());
 }
 
-TEST(DarwinNotificationTests, WithoutASessionBusAFreshProcessPostsNothingAndPrintsNothing)
+TEST(NotificationTests, WithoutASessionBusAFreshProcessPostsNothingAndPrintsNothing)
 {
     test::TemporaryDirectory temporary;
     const auto output = temporary / "output";
@@ -373,9 +373,9 @@ TEST(DarwinNotificationTests, WithoutASessionBusAFreshProcessPostsNothingAndPrin
         try {
             std::atomic<int> deliveries { 0 };
             {
-                DarwinNotificationObserver observer("dev.quelm.test.no-bus", [&] { ++deliveries; });
+                NotificationObserver observer("dev.quelm.test.no-bus", [&] { ++deliveries; });
                 for (int i = 0; i < 3; ++i)
-                    DarwinNotification::post("dev.quelm.test.no-bus");
+                    Notification::post("dev.quelm.test.no-bus");
             }
             return deliveries == 0 ? 0 : 2;
         } catch (...) {
@@ -386,7 +386,7 @@ TEST(DarwinNotificationTests, WithoutASessionBusAFreshProcessPostsNothingAndPrin
     EXPECT_EQ(test::readFile(output), "");
 }
 
-TEST(DarwinNotificationTests, WhenTheBusGoesAwayObserversIdleAndPostingMovesToTheNextBus)
+TEST(NotificationTests, WhenTheBusGoesAwayObserversIdleAndPostingMovesToTheNextBus)
 {
     const auto name = uniqueNotificationName("bus-restart");
     auto cpuTime = [] {
@@ -396,16 +396,16 @@ TEST(DarwinNotificationTests, WhenTheBusGoesAwayObserversIdleAndPostingMovesToTh
     };
     auto firstBus = std::make_unique<test::DedicatedSessionBus>();
     DeliveryCounter deliveries;
-    std::unique_ptr<DarwinNotificationObserver> observer;
+    std::unique_ptr<NotificationObserver> observer;
     {
         test::ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", firstBus->address());
-        observer = std::make_unique<DarwinNotificationObserver>(name, [&] { deliveries(); });
-        DarwinNotification::post(name);
+        observer = std::make_unique<NotificationObserver>(name, [&] { deliveries(); });
+        Notification::post(name);
         ASSERT_TRUE(deliveries.waitFor(1));
 
         firstBus.reset();
-        EXPECT_NO_THROW(DarwinNotification::post(name));
-        EXPECT_NO_THROW(DarwinNotification::post(name));
+        EXPECT_NO_THROW(Notification::post(name));
+        EXPECT_NO_THROW(Notification::post(name));
     }
 
     // Neither an idle observer nor one whose bus has gone may spin.
@@ -418,12 +418,12 @@ TEST(DarwinNotificationTests, WhenTheBusGoesAwayObserversIdleAndPostingMovesToTh
     test::DedicatedSessionBus secondBus;
     test::ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", secondBus.address());
     DeliveryCounter again;
-    DarwinNotificationObserver renewed(name, [&] { again(); });
-    DarwinNotification::post(name);
+    NotificationObserver renewed(name, [&] { again(); });
+    Notification::post(name);
     EXPECT_TRUE(again.waitFor(1));
 }
 
-TEST(DarwinNotificationTests, DestroyingObserversWhilePostsRaceNeverCallsADestroyedHandler)
+TEST(NotificationTests, DestroyingObserversWhilePostsRaceNeverCallsADestroyedHandler)
 {
     const auto name = uniqueNotificationName("race");
     std::atomic<bool> stop { false };
@@ -431,7 +431,7 @@ TEST(DarwinNotificationTests, DestroyingObserversWhilePostsRaceNeverCallsADestro
     for (int t = 0; t < 3; ++t) {
         posters.emplace_back([&] {
             while (!stop.load()) {
-                DarwinNotification::post(name);
+                Notification::post(name);
                 std::this_thread::yield();
             }
         });
@@ -447,7 +447,7 @@ TEST(DarwinNotificationTests, DestroyingObserversWhilePostsRaceNeverCallsADestro
         // destructor returned would be a use after free (and is counted besides).
         auto target = std::make_unique<Target>();
         {
-            DarwinNotificationObserver observer(name, [t = target.get(), &lateCalls] {
+            NotificationObserver observer(name, [t = target.get(), &lateCalls] {
                 if (t->observerGone.load())
                     ++lateCalls;
                 t->deliveries();
