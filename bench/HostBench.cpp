@@ -97,10 +97,10 @@ public:
 
         fs::create_directories(m_directory / "config" / "quelm");
         std::ofstream(m_directory / "config" / "quelm" / "widgets.json") << R"json({"widgets":[
-            {"id":"small","family":"systemSmall","sortOrder":"category","position":{"x":20,"y":20}},
-            {"id":"medium","family":"systemMedium","sortOrder":"category","position":{"x":220,"y":20}},
-            {"id":"large","family":"systemLarge","sortOrder":"recent","position":{"x":20,"y":240}},
-            {"id":"extraLarge","family":"systemExtraLarge","sortOrder":"category","position":{"x":420,"y":240}}]})json";
+            {"id":"small","family":"small","sortOrder":"category","position":{"x":20,"y":20}},
+            {"id":"medium","family":"medium","sortOrder":"category","position":{"x":220,"y":20}},
+            {"id":"large","family":"large","sortOrder":"recent","position":{"x":20,"y":240}},
+            {"id":"extraLarge","family":"extraLarge","sortOrder":"category","position":{"x":420,"y":240}}]})json";
         std::ofstream(snapshotFile()) << sampleSnapshot;
         publish();
         if (quelmctl({ "heartbeat" }) != 0)

@@ -1,8 +1,8 @@
 // WidgetLayout of a 1,000-item snapshot for each family and sort order. Target: ≤ 2 ms each.
 
-#include "WidgetFamily.h"
-#include "WidgetLayout.h"
-#include "WidgetSortOrder.h"
+#include "Widget/WidgetFamily.h"
+#include "Layout/WidgetLayout.h"
+#include "Widget/WidgetSortOrder.h"
 
 #include <benchmark/benchmark.h>
 
@@ -103,16 +103,16 @@ void BM_StableSortThroughOrder(benchmark::State& state, WidgetSortOrder order)
 
 }
 
-BENCHMARK_CAPTURE(BM_Layout, small/category, WidgetFamily::systemSmall, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_Layout, small/recent, WidgetFamily::systemSmall, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_Layout, medium/category, WidgetFamily::systemMedium, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_Layout, medium/recent, WidgetFamily::systemMedium, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_Layout, large/category, WidgetFamily::systemLarge, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_Layout, large/recent, WidgetFamily::systemLarge, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_Layout, extraLarge/category, WidgetFamily::systemExtraLarge, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_Layout, extraLarge/recent, WidgetFamily::systemExtraLarge, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_LayoutAllTied, small/category, WidgetFamily::systemSmall, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_LayoutAllTied, extraLarge/recent, WidgetFamily::systemExtraLarge, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Layout, small/category, WidgetFamily::small, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Layout, small/recent, WidgetFamily::small, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Layout, medium/category, WidgetFamily::medium, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Layout, medium/recent, WidgetFamily::medium, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Layout, large/category, WidgetFamily::large, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Layout, large/recent, WidgetFamily::large, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Layout, extraLarge/category, WidgetFamily::extraLarge, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Layout, extraLarge/recent, WidgetFamily::extraLarge, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_LayoutAllTied, small/category, WidgetFamily::small, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_LayoutAllTied, extraLarge/recent, WidgetFamily::extraLarge, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(BM_StableSortThroughOrder, category, WidgetSortOrder::category)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(BM_StableSortThroughOrder, recent, WidgetSortOrder::recent)->Unit(benchmark::kMicrosecond);
 

@@ -1,7 +1,7 @@
 // Rendering one widget, warm: build the view tree of the sample entry, lay it out and paint it at
 // scale 2 into an image, as the host does for every timeline entry.
 
-#include "WidgetRenderer.h"
+#include "Views/WidgetRenderer.h"
 
 #include <benchmark/benchmark.h>
 
@@ -28,7 +28,7 @@ void renderFamily(benchmark::State& state, quelm::WidgetFamily family)
 {
     application();
     const quelm::Date now(1700000000);
-    const quelm::Entry entry = quelm::views::sampleEntry(now);
+    const quelm::TimelineEntry entry = quelm::TimelineEntry::sample(now);
     quelm::views::RenderOptions options;
     options.now = now;
     options.currentLocale = "pt_BR.UTF-8";
@@ -47,12 +47,12 @@ void BM_BuildAndLayoutMedium(benchmark::State& state)
 {
     application();
     const quelm::Date now(1700000000);
-    const quelm::Entry entry = quelm::views::sampleEntry(now);
+    const quelm::TimelineEntry entry = quelm::TimelineEntry::sample(now);
     quelm::views::RenderOptions options;
     options.now = now;
     options.currentLocale = "pt_BR.UTF-8";
     for (auto _ : state)
-        benchmark::DoNotOptimize(quelm::views::renderWidget(entry, quelm::WidgetFamily::systemMedium, options));
+        benchmark::DoNotOptimize(quelm::views::renderWidget(entry, quelm::WidgetFamily::medium, options));
 }
 
 void BM_PaintMedium(benchmark::State& state)
@@ -61,7 +61,7 @@ void BM_PaintMedium(benchmark::State& state)
     quelm::views::RenderOptions options;
     options.now = quelm::Date(1700000000);
     options.currentLocale = "pt_BR.UTF-8";
-    const auto rendered = quelm::views::renderWidget(quelm::views::sampleEntry(options.now), quelm::WidgetFamily::systemMedium, options);
+    const auto rendered = quelm::views::renderWidget(quelm::TimelineEntry::sample(options.now), quelm::WidgetFamily::medium, options);
     benchmark::DoNotOptimize(quelm::views::paintWidget(rendered, 2));
     for (auto _ : state) {
         QImage image = quelm::views::paintWidget(rendered, 2);
@@ -69,10 +69,10 @@ void BM_PaintMedium(benchmark::State& state)
     }
 }
 
-void BM_RenderSmall(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::systemSmall); }
-void BM_RenderMedium(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::systemMedium); }
-void BM_RenderLarge(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::systemLarge); }
-void BM_RenderExtraLarge(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::systemExtraLarge); }
+void BM_RenderSmall(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::small); }
+void BM_RenderMedium(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::medium); }
+void BM_RenderLarge(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::large); }
+void BM_RenderExtraLarge(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::extraLarge); }
 
 }
 

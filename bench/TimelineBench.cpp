@@ -2,10 +2,10 @@
 // mark, against a bare read of the same three files (the floor the provider builds on).
 // Target: timeline ≤ 100 µs.
 
-#include "Entry.h"
-#include "Provider.h"
-#include "QuelmWidgetConfiguration.h"
-#include "TimelineContext.h"
+#include "Timeline/TimelineEntry.h"
+#include "Timeline/TimelineProvider.h"
+#include "Widget/QuelmWidgetConfiguration.h"
+#include "Timeline/TimelineContext.h"
 
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
@@ -42,7 +42,7 @@ public:
         m_root = store->root();
 
         const Date now = Date::now();
-        WidgetSnapshot snapshot = Entry::sample().snapshot;
+        WidgetSnapshot snapshot = TimelineEntry::sample().snapshot;
         snapshot.updatedAt = now.addingSeconds(-60);
         store->writeSnapshot(snapshot);
         // Far in the future, so that the app counts as running and the mark stays pending for
@@ -86,9 +86,9 @@ std::size_t readWhole(const std::filesystem::path& path)
 void BM_Timeline(benchmark::State& state)
 {
     container();
-    const Provider provider;
+    const TimelineProvider provider;
     const QuelmWidgetConfiguration configuration(WidgetSortOrder::category);
-    const TimelineContext context { WidgetFamily::systemMedium, false };
+    const TimelineContext context { WidgetFamily::medium, false };
     {
         const Timeline check = provider.timeline(configuration, context);
         if (check.entries.size() != 2 || check.entries[0].snapshot.items.size() != 5
@@ -119,9 +119,9 @@ BENCHMARK(BM_BareReadOfTheThreeFiles);
 
 void BM_Placeholder(benchmark::State& state)
 {
-    const Provider provider;
+    const TimelineProvider provider;
     for (auto _ : state) {
-        Entry entry = provider.placeholder({});
+        TimelineEntry entry = provider.placeholder({});
         benchmark::DoNotOptimize(entry);
     }
 }

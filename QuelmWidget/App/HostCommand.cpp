@@ -1,9 +1,9 @@
 // quelm-widget host (and quelm-widget alone): the desktop host.
 
-#include "Command.h"
-#include "Options.h"
+#include "App/Command.h"
+#include "App/Options.h"
 
-#include "DesktopHostMain.h"
+#include "Host/DesktopHostMain.h"
 
 #include <ostream>
 

@@ -1,4 +1,4 @@
-#include "JsonOutput.h"
+#include "App/JsonOutput.h"
 
 #include <quelm/SharedStore.h>
 #include <quelm/WireFormat.h>
@@ -7,7 +7,7 @@
 
 namespace quelm::app {
 
-nlohmann::json entryJson(const Entry& entry)
+nlohmann::json entryJson(const TimelineEntry& entry)
 {
     nlohmann::json pending = nlohmann::json::object();
     for (const auto& [id, action] : entry.pending)
@@ -21,10 +21,10 @@ nlohmann::json entryJson(const Entry& entry)
     };
 }
 
-nlohmann::json timelineJson(const std::vector<Entry>& entries, std::optional<Date> reloadAfter)
+nlohmann::json timelineJson(const std::vector<TimelineEntry>& entries, std::optional<Date> reloadAfter)
 {
     nlohmann::json list = nlohmann::json::array();
-    for (const Entry& entry : entries)
+    for (const TimelineEntry& entry : entries)
         list.push_back(entryJson(entry));
     return {
         { "entries", std::move(list) },

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Entry.h"
-#include "Timeline.h"
-#include "WidgetLayout.h"
+#include "Timeline/TimelineEntry.h"
+#include "Timeline/Timeline.h"
+#include "Layout/WidgetLayout.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,9 +16,9 @@ namespace quelm::app {
 // appears in its wire form (quelm::encode), embedded as JSON.
 //
 // {"date", "appStatus", "sortOrder", "pending": {id: action}, "snapshot": <wire form>}
-nlohmann::json entryJson(const Entry&);
+nlohmann::json entryJson(const TimelineEntry&);
 // {"entries": [entry…], "reloadAfter": date, or null when there is no reload policy}
-nlohmann::json timelineJson(const std::vector<Entry>& entries, std::optional<Date> reloadAfter);
+nlohmann::json timelineJson(const std::vector<TimelineEntry>& entries, std::optional<Date> reloadAfter);
 // {"sessions": [id…], "groups": [id…], "items": [id…]}
 nlohmann::json layoutJson(const WidgetLayout&);
 

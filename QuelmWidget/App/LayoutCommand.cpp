@@ -1,11 +1,11 @@
 // quelm-widget layout: which sessions, groups and items a family shows, as JSON.
 
-#include "Command.h"
-#include "JsonOutput.h"
-#include "Options.h"
-#include "SnapshotFile.h"
+#include "App/Command.h"
+#include "App/JsonOutput.h"
+#include "App/Options.h"
+#include "App/SnapshotFile.h"
 
-#include "WidgetLayout.h"
+#include "Layout/WidgetLayout.h"
 
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
@@ -68,7 +68,7 @@ Chooses what a widget of FAMILY shows from a snapshot and prints the ids, in dis
   {"sessions": [...], "groups": [...], "items": [...]}
 
 Options:
-  --family FAMILY   small, medium, large or extraLarge (systemSmall… accepted too)
+  --family FAMILY   small, medium, large or extraLarge (small… accepted too)
   --sort ORDER      category (default) or recent
   --snapshot FILE   a snapshot document in the wire form ("-" for standard input) instead of the
                     live app-group container; a document that does not decode is refused (exit 2)

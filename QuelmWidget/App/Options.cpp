@@ -1,6 +1,6 @@
-#include "Options.h"
+#include "App/Options.h"
 
-#include "Command.h"
+#include "App/Command.h"
 
 #include <string>
 
@@ -8,7 +8,7 @@ namespace quelm::app {
 
 namespace {
 constexpr std::string_view acceptedFamilies
-    = "small, medium, large, extraLarge (or systemSmall, systemMedium, systemLarge, systemExtraLarge)";
+    = "small, medium, large, extraLarge (or small, medium, large, extraLarge)";
 constexpr std::string_view acceptedSortOrders = "category, recent";
 }
 

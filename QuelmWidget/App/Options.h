@@ -1,7 +1,7 @@
 #pragma once
 
-#include "WidgetFamily.h"
-#include "WidgetSortOrder.h"
+#include "Widget/WidgetFamily.h"
+#include "Widget/WidgetSortOrder.h"
 
 #include <optional>
 #include <span>
@@ -31,7 +31,7 @@ private:
     std::size_t m_index = 0;
 };
 
-// "small", "medium", "large", "extraLarge" and the host's "systemSmall"… names; anything else
+// "small", "medium", "large", "extraLarge" and the host's "small"… names; anything else
 // throws UsageError naming the accepted values.
 WidgetFamily parseFamilyArgument(std::string_view);
 // "category" or "recent"; anything else throws UsageError naming them.

@@ -1,16 +1,16 @@
 // quelm-widget render: one family drawn headless, to PNG or as its laid-out view tree.
 
-#include "RenderCommand.h"
+#include "App/RenderCommand.h"
 
-#include "Command.h"
-#include "Options.h"
-#include "SnapshotFile.h"
+#include "App/Command.h"
+#include "App/Options.h"
+#include "App/SnapshotFile.h"
 
-#include "Provider.h"
-#include "QuelmWidgetConfiguration.h"
-#include "TimelineContext.h"
-#include "Localizer.h"
-#include "WidgetRenderer.h"
+#include "Timeline/TimelineProvider.h"
+#include "Widget/QuelmWidgetConfiguration.h"
+#include "Timeline/TimelineContext.h"
+#include "Views/Localizer.h"
+#include "Views/WidgetRenderer.h"
 
 #include <quelm/WireFormat.h>
 
@@ -71,17 +71,17 @@ RenderRequest::Format parseFormat(const std::string& text)
     throw UsageError("unknown format \"" + text + "\"; accepted: png, json");
 }
 
-Entry entryFor(const RenderRequest& request, Date now)
+TimelineEntry entryFor(const RenderRequest& request, Date now)
 {
-    Entry entry;
+    TimelineEntry entry;
     switch (request.source) {
     case RenderRequest::Source::live: {
-        const Provider provider([now] { return now; });
+        const TimelineProvider provider([now] { return now; });
         const QuelmWidgetConfiguration configuration(request.sortOrder);
         return provider.timeline(configuration, TimelineContext { request.family, false }).entries.front();
     }
     case RenderRequest::Source::sample:
-        entry = views::sampleEntry(now);
+        entry = TimelineEntry::sample(now);
         break;
     case RenderRequest::Source::snapshot:
         entry.date = now;
@@ -140,7 +140,7 @@ int runRender(std::span<const std::string> arguments, std::ostream& out, std::os
     const RenderRequest request = RenderRequest::parse(arguments);
     const Date now = request.now.value_or(Date::now());
     // Read the input before starting Qt, so that a bad one is refused without any of it.
-    const Entry entry = entryFor(request, now);
+    const TimelineEntry entry = entryFor(request, now);
 
     const auto application = startQt();
     views::RenderOptions options;
@@ -225,7 +225,7 @@ unless QT_QPA_PLATFORM says otherwise). Without --sample or --snapshot it draws 
 of the live timeline of the app-group container.
 
 Options:
-  --family FAMILY     small, medium, large or extraLarge (systemSmall… accepted too)
+  --family FAMILY     small, medium, large or extraLarge (small… accepted too)
   --sort ORDER        category (default) or recent
   --sample            the sample entry of the preview gallery, dated at --now
   --snapshot FILE     a snapshot document in the wire form ("-" for standard input); one that

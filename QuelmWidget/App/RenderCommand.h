@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Entry.h"
-#include "WidgetFamily.h"
+#include "Timeline/TimelineEntry.h"
+#include "Widget/WidgetFamily.h"
 
 #include <quelm/Date.h>
 
@@ -23,12 +23,12 @@ struct RenderRequest {
         json,
     };
 
-    WidgetFamily family = WidgetFamily::systemSmall;
+    WidgetFamily family = WidgetFamily::small;
     WidgetSortOrder sortOrder = WidgetSortOrder::category;
     Source source = Source::live;
     std::string snapshotPath;
     std::optional<SharedStore::AppStatus> appStatus;
-    Entry::Pending pending;
+    TimelineEntry::PendingActions pending;
     std::optional<Date> now;
     Format format = Format::png;
     double scale = 2;

@@ -1,6 +1,6 @@
-#include "SnapshotFile.h"
+#include "App/SnapshotFile.h"
 
-#include "Command.h"
+#include "App/Command.h"
 
 #include <quelm/WireFormat.h>
 

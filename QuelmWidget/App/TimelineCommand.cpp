@@ -1,12 +1,12 @@
 // quelm-widget timeline: the provider's answer for the live container, as JSON.
 
-#include "Command.h"
-#include "JsonOutput.h"
-#include "Options.h"
+#include "App/Command.h"
+#include "App/JsonOutput.h"
+#include "App/Options.h"
 
-#include "Provider.h"
-#include "QuelmWidgetConfiguration.h"
-#include "TimelineContext.h"
+#include "Timeline/TimelineProvider.h"
+#include "Widget/QuelmWidgetConfiguration.h"
+#include "Timeline/TimelineContext.h"
 
 #include <optional>
 #include <string>
@@ -37,7 +37,7 @@ int runTimeline(std::span<const std::string> arguments, std::ostream& out, std::
         throwMissingFamily();
 
     const TimelineContext context { *family, preview };
-    const Provider provider;
+    const TimelineProvider provider;
     if (preview) {
         printJson(out, timelineJson({ provider.snapshot(configuration, context) }, std::nullopt));
     } else {
@@ -60,7 +60,7 @@ Asks the timeline provider for a timeline of the live app-group container and pr
 Dates are seconds since 1970; each snapshot is in its wire form.
 
 Options:
-  --family FAMILY   small, medium, large or extraLarge (systemSmall… accepted too)
+  --family FAMILY   small, medium, large or extraLarge (small… accepted too)
   --sort ORDER      the configured sort order: category (default) or recent
   --preview         ask for a preview snapshot instead (the sample entry, with the configured
                     sort order); it has no reload policy, so "reloadAfter" is null

@@ -1,7 +1,7 @@
 // quelm-widget: the widget's program. Dispatches to one subcommand per file; add a subcommand by
 // defining its `Command` and listing it in `commands` below.
 
-#include "Command.h"
+#include "App/Command.h"
 
 #include <array>
 #include <exception>

@@ -1,4 +1,4 @@
-#include "ClickAction.h"
+#include "Host/ClickAction.h"
 
 namespace quelm::host {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ToggleItemIntent.h"
-#include "ViewTree.h"
+#include "Intent/ToggleItemIntent.h"
+#include "Views/ViewTree.h"
 
 #include <string>
 #include <variant>

@@ -1,8 +1,8 @@
-#include "ConfigurationDialog.h"
+#include "Host/ConfigurationDialog.h"
 
-#include "HostTexts.h"
-#include "QuelmWidgetBundle.h"
-#include "QuelmWidgetConfiguration.h"
+#include "Host/HostTexts.h"
+#include "Widget/QuelmWidgetBundle.h"
+#include "Widget/QuelmWidgetConfiguration.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "WidgetSortOrder.h"
+#include "Widget/WidgetSortOrder.h"
 
 #include <QDialog>
 

@@ -1,7 +1,7 @@
-#include "DesktopHost.h"
+#include "Host/DesktopHost.h"
 
-#include "HostTrace.h"
-#include "WindowPlacement.h"
+#include "Host/HostTrace.h"
+#include "Host/WindowPlacement.h"
 
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "ContainerWatcher.h"
-#include "InstanceStore.h"
-#include "IntentRunner.h"
-#include "Palette.h"
-#include "PlacedWidget.h"
-#include "QuelmWidgetBundle.h"
-#include "WidgetGallery.h"
+#include "Host/ContainerWatcher.h"
+#include "Host/InstanceStore.h"
+#include "Host/IntentRunner.h"
+#include "Views/Palette.h"
+#include "Host/PlacedWidget.h"
+#include "Widget/QuelmWidgetBundle.h"
+#include "Host/WidgetGallery.h"
 
 #include <QObject>
 #include <QPointer>

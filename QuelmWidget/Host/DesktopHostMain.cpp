@@ -1,9 +1,9 @@
-#include "DesktopHostMain.h"
+#include "Host/DesktopHostMain.h"
 
-#include "DesktopHost.h"
-#include "HostTexts.h"
-#include "InstanceStore.h"
-#include "QuelmWidgetBundle.h"
+#include "Host/DesktopHost.h"
+#include "Host/HostTexts.h"
+#include "Host/InstanceStore.h"
+#include "Widget/QuelmWidgetBundle.h"
 
 #include <QApplication>
 #include <QDir>

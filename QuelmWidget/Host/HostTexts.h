@@ -1,6 +1,6 @@
 #pragma once
 
-#include "WidgetFamily.h"
+#include "Widget/WidgetFamily.h"
 
 #include <QString>
 

@@ -1,4 +1,4 @@
-#include "HostTrace.h"
+#include "Host/HostTrace.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "InstanceStore.h"
+#include "Host/InstanceStore.h"
 
 #include <QDir>
 #include <QFile>
@@ -82,7 +82,7 @@ InstanceStore::Loaded InstanceStore::load() const
 {
     QFile file(m_filePath);
     if (!file.exists())
-        return { { WidgetInstance::placed(WidgetFamily::systemMedium) }, std::nullopt };
+        return { { WidgetInstance::placed(WidgetFamily::medium) }, std::nullopt };
 
     QString reason;
     if (!file.open(QIODevice::ReadOnly)) {
@@ -103,7 +103,7 @@ InstanceStore::Loaded InstanceStore::load() const
     QString problem = QStringLiteral("quelm-widget: %1 is damaged (%2); ").arg(m_filePath, reason);
     problem += movedAside ? QStringLiteral("moved it to %1 and ").arg(damagedFilePath()) : QStringLiteral("could not move it aside and ");
     problem += QStringLiteral("placed one medium widget.");
-    return { { WidgetInstance::placed(WidgetFamily::systemMedium) }, problem };
+    return { { WidgetInstance::placed(WidgetFamily::medium) }, problem };
 }
 
 void InstanceStore::save(const std::vector<WidgetInstance>& instances) const

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "WidgetInstance.h"
+#include "Host/WidgetInstance.h"
 
 #include <QString>
 

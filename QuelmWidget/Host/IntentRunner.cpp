@@ -1,4 +1,4 @@
-#include "IntentRunner.h"
+#include "Host/IntentRunner.h"
 
 #include <QFutureWatcher>
 #include <QtConcurrent/QtConcurrentRun>

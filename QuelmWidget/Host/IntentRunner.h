@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ToggleItemIntent.h"
+#include "Intent/ToggleItemIntent.h"
 
 #include <QObject>
 #include <QThreadPool>

@@ -1,11 +1,11 @@
-#include "PlacedWidget.h"
+#include "Host/PlacedWidget.h"
 
-#include "HostTexts.h"
-#include "HostTrace.h"
-#include "Localizer.h"
-#include "RelativeTimeRefresh.h"
-#include "TimelineSchedule.h"
-#include "WidgetRenderer.h"
+#include "Host/HostTexts.h"
+#include "Host/HostTrace.h"
+#include "Views/Localizer.h"
+#include "Host/RelativeTimeRefresh.h"
+#include "Host/TimelineSchedule.h"
+#include "Views/WidgetRenderer.h"
 
 #include <QDesktopServices>
 #include <QUrl>
@@ -127,11 +127,11 @@ void PlacedWidget::intentFailed(const QString& error)
     m_window->showNotice(hostText(HostTexts::requestFailed));
 }
 
-void PlacedWidget::entryChanged(const Entry& entry)
+void PlacedWidget::entryChanged(const TimelineEntry& entry)
 {
-    m_requested.dropEnded();
+    m_clicksInFlight.dropEnded();
     m_shown = entry;
-    const std::optional<Entry> before = std::exchange(m_displayed, m_requested.appliedTo(entry));
+    const std::optional<TimelineEntry> before = std::exchange(m_displayed, m_clicksInFlight.appliedTo(entry));
     if (before && showSameState(*before, *m_displayed)) {
         // Nothing to redraw; the relative-time timer keeps running as it was.
         return;
@@ -157,7 +157,8 @@ void PlacedWidget::render(WidgetWindow::Transition transition)
 void PlacedWidget::scheduleRelativeTimeRefresh()
 {
     const Date now = Date::now();
-    const auto next = m_displayed ? nextRelativeTimeChange(*m_displayed, m_instance.family, now) : std::nullopt;
+    const auto& rendered = m_window->rendered();
+    const auto next = rendered ? nextRelativeTimeChange(rendered->root, now) : std::nullopt;
     if (!next) {
         m_relativeTime.stop();
         return;
@@ -166,22 +167,15 @@ void PlacedWidget::scheduleRelativeTimeRefresh()
     m_relativeTime.start(std::chrono::milliseconds(static_cast<long long>(milliseconds)));
 }
 
-std::optional<int> PlacedWidget::relativeTimeRefreshInterval() const
-{
-    if (!m_relativeTime.isActive())
-        return std::nullopt;
-    return m_relativeTime.remainingTime();
-}
-
 void PlacedWidget::clicked(const ClickAction& action)
 {
     if (const auto* intent = std::get_if<ToggleItemIntent>(&action)) {
         HostTrace::line(QStringLiteral("click %1 toggle %2 %3").arg(m_instance.id, QString::fromStdString(intent->itemID.value_or("")),
             intent->start.value_or(false) ? QStringLiteral("start") : QStringLiteral("stop")));
         m_window->probePending(intent->itemID.value_or(""));
-        m_requested.add(*intent);
+        m_clicksInFlight.add(*intent);
         if (m_shown) {
-            m_displayed = m_requested.appliedTo(*m_shown);
+            m_displayed = m_clicksInFlight.appliedTo(*m_shown);
             render(WidgetWindow::Transition::crossFade);
         }
         emit toggleRequested(*intent);

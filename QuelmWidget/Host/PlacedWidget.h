@@ -1,12 +1,12 @@
 #pragma once
 
-#include "ConfigurationDialog.h"
-#include "Entry.h"
-#include "QuelmWidgetBundle.h"
-#include "RequestedToggles.h"
-#include "TimelineController.h"
-#include "WidgetInstance.h"
-#include "WidgetWindow.h"
+#include "Host/ConfigurationDialog.h"
+#include "Timeline/TimelineEntry.h"
+#include "Widget/QuelmWidgetBundle.h"
+#include "Host/ClicksInFlight.h"
+#include "Host/TimelineController.h"
+#include "Host/WidgetInstance.h"
+#include "Host/WidgetWindow.h"
 
 #include <QObject>
 #include <QPointer>
@@ -31,7 +31,7 @@ public:
     const WidgetInstance& instance() const { return m_instance; }
     WidgetWindow& window() { return *m_window; }
     TimelineController& timeline() { return *m_timeline; }
-    const std::optional<Entry>& shownEntry() const { return m_shown; }
+    const std::optional<TimelineEntry>& shownEntry() const { return m_shown; }
 
     // Shows the window at `position` and asks for the first timeline.
     void show(QPoint position);
@@ -45,10 +45,7 @@ public:
     // A toggle intent asked by this widget failed: say so briefly, change nothing else.
     void intentFailed(const QString& error);
     // A toggle intent asked by this widget has ended; the next entry shows what it left.
-    void intentEnded(const std::string& itemID) { m_requested.end(itemID); }
-
-    // When the relative times shown next change; none while no timer runs for them.
-    std::optional<int> relativeTimeRefreshInterval() const;
+    void intentEnded(const std::string& itemID) { m_clicksInFlight.end(itemID); }
 
 signals:
     // The family, sort order or position changed: the host saves.
@@ -58,7 +55,7 @@ signals:
     void toggleRequested(const quelm::ToggleItemIntent& intent);
 
 private:
-    void entryChanged(const Entry&);
+    void entryChanged(const TimelineEntry&);
     void render(WidgetWindow::Transition);
     void scheduleRelativeTimeRefresh();
     void clicked(const ClickAction&);
@@ -69,10 +66,10 @@ private:
     std::unique_ptr<WidgetWindow> m_window;
     TimelineController* m_timeline;
     QTimer m_relativeTime;
-    std::optional<Entry> m_shown; // the provider's
-    RequestedToggles m_requested;
+    std::optional<TimelineEntry> m_shown; // the provider's
+    ClicksInFlight m_clicksInFlight;
     // What is drawn: the provider's entry with the clicks not yet answered shown pending.
-    std::optional<Entry> m_displayed;
+    std::optional<TimelineEntry> m_displayed;
     QPointer<ConfigurationDialog> m_editor;
 };
 

@@ -1,30 +1,30 @@
-#include "RelativeTimeRefresh.h"
+#include "Host/RelativeTimeRefresh.h"
 
-#include "ItemRow.h"
-#include "QuelmWidgetBundle.h"
-#include "RelativeTime.h"
-#include "RowState.h"
-#include "WidgetLayout.h"
+#include "Text/RelativeTime.h"
+#include "Views/WidgetRenderer.h"
 
 #include <algorithm>
 
 namespace quelm::host {
 
-std::optional<Date> nextRelativeTimeChange(const Entry& entry, WidgetFamily family, Date now)
+std::optional<Date> nextRelativeTimeChange(const views::ViewNode& root, Date now)
 {
-    const WidgetView view = QuelmWidget::view(entry, family);
-    if (view.content.isMessage() || view.content.kind == WidgetContent::Kind::small)
-        return std::nullopt;
-
     std::optional<Date> next;
-    for (const WidgetItem& item : WidgetLayout(entry.snapshot, view.family, entry.sortOrder).items) {
-        const ItemRowDetail detail = ItemRow { item, pendingAction(entry.pending, item.id), false }.detail();
-        if (!detail.isLive())
+    for (const views::ViewNode* node : views::nodesOfType<views::node::Text>(root)) {
+        const auto& since = node->as<views::node::Text>()->liveSince;
+        if (!since)
             continue;
-        const Date change = RelativeTime::nextChange(detail.startedAt, now);
+        const Date change = RelativeTime::nextChange(*since, now);
         next = next ? std::min(*next, change) : change;
     }
     return next;
+}
+
+std::optional<Date> nextRelativeTimeChange(const TimelineEntry& entry, WidgetFamily family, Date now)
+{
+    views::RenderOptions options;
+    options.now = now;
+    return nextRelativeTimeChange(views::renderWidget(entry, family, options).root, now);
 }
 
 }

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Entry.h"
-#include "WidgetFamily.h"
+#include "Timeline/TimelineEntry.h"
+#include "Views/ViewTree.h"
+#include "Widget/WidgetFamily.h"
 
 #include <quelm/Date.h>
 
@@ -9,10 +10,13 @@
 
 namespace quelm::host {
 
-// When the live "time since" lines that the view of `entry` in `family` shows next read
-// differently (each second under a minute, then each minute); none when the view shows no such
-// line — a message, the compact small family, or only stopped, busy or undated items. The host
-// redraws then, and runs no timer at all otherwise.
-std::optional<Date> nextRelativeTimeChange(const Entry& entry, WidgetFamily family, Date now);
+// When the live "time since" texts of a view tree (those the views mark `liveSince`) next read
+// differently: each second under a minute, then each minute. None when the tree holds no such
+// text. The host redraws then, and runs no timer at all otherwise.
+std::optional<Date> nextRelativeTimeChange(const views::ViewNode& root, Date now);
+
+// The same for the view of `entry` in `family`, as the views build it at `now`. Needs a
+// QGuiApplication (the views lay out their texts).
+std::optional<Date> nextRelativeTimeChange(const TimelineEntry& entry, WidgetFamily family, Date now);
 
 }

@@ -1,6 +1,6 @@
-#include "TimelineController.h"
+#include "Host/TimelineController.h"
 
-#include "TimelineContext.h"
+#include "Timeline/TimelineContext.h"
 
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -25,7 +25,7 @@ std::chrono::milliseconds waitUntil(Date date, Date now)
 
 }
 
-TimelineController::TimelineController(Provider provider, QuelmWidgetConfiguration configuration, WidgetFamily family, QObject* parent)
+TimelineController::TimelineController(TimelineProvider provider, QuelmWidgetConfiguration configuration, WidgetFamily family, QObject* parent)
     : QObject(parent)
     , m_provider(std::move(provider))
     , m_configuration(configuration)

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "Entry.h"
-#include "Provider.h"
-#include "QuelmWidgetConfiguration.h"
-#include "Timeline.h"
-#include "TimelineSchedule.h"
-#include "WidgetFamily.h"
+#include "Timeline/TimelineEntry.h"
+#include "Timeline/TimelineProvider.h"
+#include "Widget/QuelmWidgetConfiguration.h"
+#include "Timeline/Timeline.h"
+#include "Host/TimelineSchedule.h"
+#include "Widget/WidgetFamily.h"
 
 #include <QFutureWatcher>
 #include <QObject>
@@ -23,7 +23,7 @@ class TimelineController : public QObject {
     Q_OBJECT
 
 public:
-    TimelineController(Provider provider, QuelmWidgetConfiguration, WidgetFamily, QObject* parent = nullptr);
+    TimelineController(TimelineProvider provider, QuelmWidgetConfiguration, WidgetFamily, QObject* parent = nullptr);
     ~TimelineController() override;
 
     void setConfiguration(QuelmWidgetConfiguration);
@@ -35,11 +35,11 @@ public:
     void reload();
     bool isLoading() const { return m_loading.isRunning(); }
 
-    const std::optional<Entry>& currentEntry() const { return m_current; }
+    const std::optional<TimelineEntry>& currentEntry() const { return m_current; }
 
 signals:
     // Another entry became current (possibly showing the same state as the one before).
-    void entryChanged(const quelm::Entry& entry);
+    void entryChanged(const quelm::TimelineEntry& entry);
 
 private:
     void startLoading();
@@ -47,7 +47,7 @@ private:
     // Makes the entry due now current and arms the timer for the next change.
     void advance();
 
-    Provider m_provider;
+    TimelineProvider m_provider;
     QuelmWidgetConfiguration m_configuration;
     WidgetFamily m_family;
     // Bumped when the configuration or family changes: a timeline asked for before is dropped.
@@ -58,7 +58,7 @@ private:
     QFutureWatcher<Timeline> m_loading;
     std::optional<Timeline> m_timeline;
     std::optional<std::size_t> m_currentIndex;
-    std::optional<Entry> m_current;
+    std::optional<TimelineEntry> m_current;
     QTimer m_nextChange;
 };
 

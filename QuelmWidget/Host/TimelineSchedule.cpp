@@ -1,4 +1,4 @@
-#include "TimelineSchedule.h"
+#include "Host/TimelineSchedule.h"
 
 #include <algorithm>
 
@@ -29,7 +29,7 @@ TimelineSchedule TimelineSchedule::at(const Timeline& timeline, Date now)
     schedule.current = reached.value_or(earliest);
 
     const Date shownFrom = entries[*schedule.current].date;
-    for (const Entry& entry : entries) {
+    for (const TimelineEntry& entry : entries) {
         const bool later = entry.date > now && entry.date > shownFrom;
         if (later && (!schedule.nextEntry || entry.date < *schedule.nextEntry))
             schedule.nextEntry = entry.date;
@@ -37,7 +37,7 @@ TimelineSchedule TimelineSchedule::at(const Timeline& timeline, Date now)
     return schedule;
 }
 
-bool showSameState(const Entry& a, const Entry& b)
+bool showSameState(const TimelineEntry& a, const TimelineEntry& b)
 {
     return a.snapshot == b.snapshot && a.pending == b.pending && a.appStatus == b.appStatus && a.sortOrder == b.sortOrder;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Entry.h"
-#include "Timeline.h"
+#include "Timeline/TimelineEntry.h"
+#include "Timeline/Timeline.h"
 
 #include <quelm/Date.h>
 
@@ -34,6 +34,6 @@ struct TimelineSchedule {
 
 // Whether two entries draw the same widget: everything but their dates is equal. A reload that
 // brings nothing new needs no repaint and no animation.
-bool showSameState(const Entry&, const Entry&);
+bool showSameState(const TimelineEntry&, const TimelineEntry&);
 
 }

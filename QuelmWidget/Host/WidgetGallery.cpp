@@ -1,10 +1,10 @@
-#include "WidgetGallery.h"
+#include "Host/WidgetGallery.h"
 
-#include "HostTexts.h"
-#include "TimelineContext.h"
-#include "WidgetRenderer.h"
-#include "Localizer.h"
-#include "QuelmWidgetView.h"
+#include "Host/HostTexts.h"
+#include "Timeline/TimelineContext.h"
+#include "Views/WidgetRenderer.h"
+#include "Views/Localizer.h"
+#include "Views/QuelmWidgetView.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -36,7 +36,7 @@ WidgetGallery::WidgetGallery(const QuelmWidget& widget, const views::Palette& pa
         button->setAutoRaise(true);
         button->setText(familyDisplayName(family));
         button->setAccessibleName(familyDisplayName(family));
-        const views::Size size = views::QuelmWidgetView::size(family);
+        const WidgetSize size = familySize(family);
         button->setIconSize(QSize(static_cast<int>(size.width * previewScale), static_cast<int>(size.height * previewScale)));
         connect(button, &QToolButton::clicked, this, [this, family] { choose(family); });
         previews->addWidget(button, 0, Qt::AlignBottom);
@@ -50,14 +50,14 @@ WidgetGallery::WidgetGallery(const QuelmWidget& widget, const views::Palette& pa
     layout->addLayout(previews);
 
     // Asking for a preview is asking the provider, which the UI thread never does itself.
-    connect(&m_previews, &QFutureWatcher<std::vector<Entry>>::finished, this, [this] {
-        const std::vector<Entry> entries = m_previews.result();
+    connect(&m_previews, &QFutureWatcher<std::vector<TimelineEntry>>::finished, this, [this] {
+        const std::vector<TimelineEntry> entries = m_previews.result();
         for (std::size_t index = 0; index < entries.size() && index < QuelmWidget::supportedFamilies.size(); ++index)
             previewArrived(QuelmWidget::supportedFamilies[index], entries[index]);
         emit previewsReady();
     });
     m_previews.setFuture(QtConcurrent::run([provider = widget.provider] {
-        std::vector<Entry> entries;
+        std::vector<TimelineEntry> entries;
         for (const WidgetFamily family : QuelmWidget::supportedFamilies)
             entries.push_back(provider.snapshot(QuelmWidget::makeConfiguration(), TimelineContext { family, true }));
         return entries;
@@ -86,7 +86,7 @@ void WidgetGallery::choose(WidgetFamily family)
     accept();
 }
 
-void WidgetGallery::previewArrived(WidgetFamily family, const Entry& entry)
+void WidgetGallery::previewArrived(WidgetFamily family, const TimelineEntry& entry)
 {
     views::RenderOptions options;
     options.currentLocale = views::Localizer::currentLocaleName();

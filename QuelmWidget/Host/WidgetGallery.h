@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Entry.h"
-#include "Palette.h"
-#include "QuelmWidgetBundle.h"
-#include "WidgetFamily.h"
+#include "Timeline/TimelineEntry.h"
+#include "Views/Palette.h"
+#include "Widget/QuelmWidgetBundle.h"
+#include "Widget/WidgetFamily.h"
 
 #include <QDialog>
 #include <QFutureWatcher>
@@ -41,12 +41,12 @@ signals:
     void previewsReady();
 
 private:
-    void previewArrived(WidgetFamily family, const Entry& entry);
+    void previewArrived(WidgetFamily family, const TimelineEntry& entry);
 
     views::Palette m_palette;
     std::map<WidgetFamily, QToolButton*> m_buttons;
     std::map<WidgetFamily, bool> m_drawn;
-    QFutureWatcher<std::vector<Entry>> m_previews;
+    QFutureWatcher<std::vector<TimelineEntry>> m_previews;
 };
 
 }

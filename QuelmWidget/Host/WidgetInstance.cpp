@@ -1,4 +1,4 @@
-#include "WidgetInstance.h"
+#include "Host/WidgetInstance.h"
 
 #include <quelm/Uuid.h>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "QuelmWidgetConfiguration.h"
-#include "TimelineContext.h"
-#include "WidgetFamily.h"
-#include "WidgetSortOrder.h"
+#include "Widget/QuelmWidgetConfiguration.h"
+#include "Timeline/TimelineContext.h"
+#include "Widget/WidgetFamily.h"
+#include "Widget/WidgetSortOrder.h"
 
 #include <QJsonObject>
 #include <QPoint>
@@ -17,7 +17,7 @@ namespace quelm::host {
 // stands. The id ties the desktop window to its line in widgets.json.
 struct WidgetInstance {
     QString id;
-    WidgetFamily family = WidgetFamily::systemMedium;
+    WidgetFamily family = WidgetFamily::medium;
     WidgetSortOrder sortOrder = WidgetSortOrder::category;
     // Top-left corner in the desktop's device-independent pixels; none until the host places it.
     std::optional<QPoint> position;

@@ -1,17 +1,15 @@
-#include "WidgetWindow.h"
+#include "Host/WidgetWindow.h"
 
-#include "HostTexts.h"
-#include "QuelmWidgetBundle.h"
-#include "QuelmWidgetView.h"
+#include "Host/HostTexts.h"
+#include "Widget/QuelmWidgetBundle.h"
+#include "Views/NoticeView.h"
 
 #include <QActionGroup>
 #include <QApplication>
 #include <QContextMenuEvent>
-#include <QFontMetricsF>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QWindow>
 
 #include <cmath>
@@ -21,9 +19,9 @@ namespace quelm::host {
 
 namespace {
 
-QSize familySize(WidgetFamily family)
+QSize windowSize(WidgetFamily family)
 {
-    const views::Size size = views::QuelmWidgetView::size(QuelmWidget::view({}, family).family);
+    const WidgetSize size = quelm::familySize(QuelmWidget::view({}, family).family);
     return { static_cast<int>(std::ceil(size.width)), static_cast<int>(std::ceil(size.height)) };
 }
 
@@ -37,7 +35,7 @@ WidgetWindow::WidgetWindow(WidgetFamily family, const views::Palette& palette, Q
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(QString::fromUtf8(QuelmWidget::configurationDisplayName.data(), static_cast<qsizetype>(QuelmWidget::configurationDisplayName.size())));
-    setFixedSize(familySize(family));
+    setFixedSize(windowSize(family));
 
     m_fade.setStartValue(0.0);
     m_fade.setEndValue(1.0);
@@ -63,7 +61,7 @@ void WidgetWindow::setFamily(WidgetFamily family)
     m_family = family;
     m_fade.stop();
     endAnimation();
-    setFixedSize(familySize(family));
+    setFixedSize(windowSize(family));
 }
 
 void WidgetWindow::setRendered(views::RenderedWidget rendered, Transition transition)
@@ -74,20 +72,8 @@ void WidgetWindow::setRendered(views::RenderedWidget rendered, Transition transi
     refreshImage();
     m_fade.stop();
     endAnimation();
-    if (fade && !old.isNull() && old.size() == m_image.size()) {
-        m_previous = std::move(old);
-        if (before && before->size == m_rendered->size) {
-            m_plan = views::RenderTransition::between(before->root, m_rendered->root);
-            if (!m_plan.isEmpty()) {
-                // Painted once here: a frame of the animation only composes images.
-                const double scale = m_image.devicePixelRatio();
-                before->root = m_plan.previousBackground(before->root);
-                m_previousBackground = views::paintWidget(*before, scale, m_palette);
-                views::RenderedWidget blanked = *m_rendered;
-                blanked.root = m_plan.nextBackground(m_rendered->root);
-                m_background = views::paintWidget(blanked, scale, m_palette);
-            }
-        }
+    if (fade && before && !old.isNull() && old.size() == m_image.size()) {
+        m_transition = views::TransitionView(*before, std::move(old), *m_rendered, m_image, m_palette);
         m_fade.start();
     }
     if (m_probe && showsBusy(m_probe->itemID))
@@ -97,10 +83,7 @@ void WidgetWindow::setRendered(views::RenderedWidget rendered, Transition transi
 
 void WidgetWindow::endAnimation()
 {
-    m_previous = QImage();
-    m_plan = {};
-    m_previousBackground = QImage();
-    m_background = QImage();
+    m_transition = {};
 }
 
 void WidgetWindow::refreshImage()
@@ -153,23 +136,13 @@ void WidgetWindow::paintEvent(QPaintEvent*)
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.fillRect(rect(), Qt::transparent);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    const bool animating = !m_previous.isNull() && m_fade.state() == QAbstractAnimation::Running;
-    const double progress = animating ? m_fade.currentValue().toDouble() : 1;
-    if (animating) {
-        // The glass is opaque inside the widget's shape, so the new render laid over the old one
-        // at a growing opacity ends exactly on the new render.
-        painter.drawImage(QPointF(0, 0), m_previous);
-        painter.setOpacity(progress);
-    }
-    if (!m_image.isNull())
+    const bool animating = !m_transition.isEmpty() && m_fade.state() == QAbstractAnimation::Running;
+    if (animating)
+        m_transition.paint(painter, m_image, m_fade.currentValue().toDouble());
+    else if (!m_image.isNull())
         painter.drawImage(QPointF(0, 0), m_image);
-    painter.setOpacity(1);
-    if (animating && !m_background.isNull()) {
-        for (const views::RenderTransition::Region& region : m_plan.regions())
-            paintRegion(painter, region, progress);
-    }
     if (!m_notice.isEmpty())
-        paintNotice(painter);
+        views::NoticeView::paint(painter, rect(), m_notice, m_palette);
 
     if (m_probe && m_probe->rendered) {
         const double milliseconds = static_cast<double>(m_probe->clock.nsecsElapsed()) / 1e6;
@@ -177,71 +150,6 @@ void WidgetWindow::paintEvent(QPaintEvent*)
         m_probe.reset();
         emit pendingShown(itemID, milliseconds);
     }
-}
-
-void WidgetWindow::paintRegion(QPainter& painter, const views::RenderTransition::Region& region, double progress) const
-{
-    using Kind = views::RenderTransition::Kind;
-    // Antialiasing reaches a pixel past the frame; a halo, its radius.
-    const double bleed = region.bleed + 1;
-    const QRectF area = QRectF(region.frame.x, region.frame.y, region.frame.width, region.frame.height).adjusted(-bleed, -bleed, bleed, bleed);
-    const double scale = m_image.devicePixelRatio();
-    const QRectF source(area.topLeft() * scale, area.size() * scale);
-
-    painter.save();
-    painter.setClipRect(area);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    // Underneath, the place without either content, fading like the rest of the widget.
-    painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.drawImage(area, m_previousBackground, source);
-    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    painter.setOpacity(progress);
-    painter.drawImage(area, m_background, source);
-
-    QRectF leaving = area;
-    QRectF arriving = area;
-    if (region.kind == Kind::roll) {
-        // Up: the old line leaves through the top while the new one rises from below.
-        const double travel = region.direction == views::RenderTransition::Direction::up ? -area.height() : area.height();
-        leaving.translate(0, travel * progress);
-        arriving.translate(0, -travel * (1 - progress));
-    } else {
-        const auto scaled = [&](double factor) {
-            QRectF rect(QPointF(0, 0), area.size() * factor);
-            rect.moveCenter(area.center());
-            return rect;
-        };
-        leaving = scaled(1 - 0.5 * progress);
-        arriving = scaled(0.5 + 0.5 * progress);
-    }
-    painter.setOpacity(1 - progress);
-    painter.drawImage(leaving, m_previous, source);
-    painter.setOpacity(progress);
-    painter.drawImage(arriving, m_image, source);
-    painter.restore();
-}
-
-void WidgetWindow::paintNotice(QPainter& painter) const
-{
-    QFont font = this->font();
-    font.setPixelSize(11);
-    font.setWeight(QFont::Medium);
-    const QFontMetricsF metrics(font);
-    const double padding = 8;
-    const double width = std::min(metrics.horizontalAdvance(m_notice) + 2 * padding, rect().width() - 16.0);
-    const QRectF box((rect().width() - width) / 2, rect().height() - 16 - metrics.height() - 2 * padding / 2, width,
-        metrics.height() + padding);
-
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    QPainterPath pill;
-    pill.addRoundedRect(box, box.height() / 2, box.height() / 2);
-    painter.fillPath(pill, QColor(150, 28, 28, 235));
-    painter.setFont(font);
-    painter.setPen(Qt::white);
-    painter.drawText(box.adjusted(padding, 0, -padding, 0), Qt::AlignCenter,
-        metrics.elidedText(m_notice, Qt::ElideRight, box.width() - 2 * padding));
-    painter.restore();
 }
 
 void WidgetWindow::mousePressEvent(QMouseEvent* event)

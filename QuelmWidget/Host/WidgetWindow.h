@@ -1,10 +1,10 @@
 #pragma once
 
-#include "ClickAction.h"
-#include "Palette.h"
-#include "RenderTransition.h"
-#include "WidgetFamily.h"
-#include "WidgetRenderer.h"
+#include "Host/ClickAction.h"
+#include "Views/Palette.h"
+#include "Views/TransitionView.h"
+#include "Widget/WidgetFamily.h"
+#include "Views/WidgetRenderer.h"
 
 #include <QElapsedTimer>
 #include <QImage>
@@ -49,7 +49,7 @@ public:
     // Whether a cross-fade is playing (the only time the window repaints on its own).
     bool isAnimating() const { return m_fade.state() == QAbstractAnimation::Running; }
     // What the playing animation does beyond the cross-fade; empty when none plays.
-    const views::RenderTransition& transitionPlan() const { return m_plan; }
+    const views::RenderTransition& transitionPlan() const { return m_transition.plan(); }
 
     // Starts timing a click on ITEM's button until a repaint first shows that row busy.
     void probePending(const std::string& itemID);
@@ -75,8 +75,6 @@ protected:
     void moveEvent(QMoveEvent*) override;
 
 private:
-    void paintNotice(QPainter&) const;
-    void paintRegion(QPainter&, const views::RenderTransition::Region&, double progress) const;
     void endAnimation();
     void refreshImage();
     bool showsBusy(const std::string& itemID) const;
@@ -85,13 +83,8 @@ private:
     views::Palette m_palette;
     std::optional<views::RenderedWidget> m_rendered;
     QImage m_image;
-    QImage m_previous;
     QVariantAnimation m_fade;
-    // Beyond the fade: the regions that roll or are replaced, and the old and new renders without
-    // the nodes that move there, painted once when the animation starts.
-    views::RenderTransition m_plan;
-    QImage m_previousBackground;
-    QImage m_background;
+    views::TransitionView m_transition;
 
     QString m_notice;
     QTimer m_noticeTimer;

@@ -1,4 +1,4 @@
-#include "WindowPlacement.h"
+#include "Host/WindowPlacement.h"
 
 #include <algorithm>
 

@@ -1,7 +1,8 @@
-#include "GlassView.h"
+#include "Views/GlassView.h"
 
-#include "DevicePixels.h"
-#include "WidgetGlass.h"
+#include "Views/DevicePixels.h"
+#include "Look/WidgetGlass.h"
+#include "Widget/WidgetFamily.h"
 
 #include <QLinearGradient>
 #include <QPainter>
@@ -103,7 +104,7 @@ void paintLayers(QPainter& painter, const QRectF& frame, const node::Glass& glas
     QPen border(QBrush(vertical(frame, palette.resolve(Glass::borderGradient.top), palette.resolve(Glass::borderGradient.bottom))),
         Glass::borderLineWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
     border.setMiterLimit(Glass::borderMiterLimit);
-    painter.strokePath(roundedShape(frame.adjusted(inset, inset, -inset, -inset), WidgetGlass::cornerRadius - inset), border);
+    painter.strokePath(roundedShape(frame.adjusted(inset, inset, -inset, -inset), widgetCornerRadius - inset), border);
     painter.restore();
 }
 
@@ -140,12 +141,12 @@ long long thousandths(double value)
 
 }
 
-ViewNode WidgetGlass::node(const WidgetSnapshot& snapshot, ViewNode content)
+ViewNode GlassView::node(const WidgetSnapshot& snapshot, ViewNode content)
 {
     return ViewNode::wrapping(node::Glass { quelm::WidgetGlass::glowLayers(quelm::WidgetGlass::glows(snapshot)) }, std::move(content));
 }
 
-void WidgetGlass::paintBackground(QPainter& painter, const QRectF& frame, const node::Glass& glass, const Palette& palette)
+void GlassView::paintBackground(QPainter& painter, const QRectF& frame, const node::Glass& glass, const Palette& palette)
 {
     // Drawn from the cache when the frame lies on whole device pixels of an unrotated device.
     const QTransform toDevice = painter.deviceTransform();
@@ -180,9 +181,9 @@ void WidgetGlass::paintBackground(QPainter& painter, const QRectF& frame, const 
     painter.restore();
 }
 
-void WidgetGlass::clearCorners(QPainter& painter, const QRectF& frame)
+void GlassView::clearCorners(QPainter& painter, const QRectF& frame)
 {
-    const QPainterPath outside = cornerPieces(frame, cornerRadius);
+    const QPainterPath outside = cornerPieces(frame, widgetCornerRadius);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setCompositionMode(QPainter::CompositionMode_Clear);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Palette.h"
-#include "ViewTree.h"
+#include "Views/Palette.h"
+#include "Views/ViewTree.h"
 
 #include <quelm/WidgetSnapshot.h>
 
@@ -15,10 +15,8 @@ namespace quelm::views {
 // glows rising from the bottom corners, a faint highlight from the top-leading corner and a
 // one-point border inside the rounded shape. Outside the rounded shape the widget is
 // transparent.
-class WidgetGlass {
+class GlassView {
 public:
-    static constexpr double cornerRadius = 22;
-
     // The glass with the glows of `snapshot`, holding `content`.
     static ViewNode node(const WidgetSnapshot& snapshot, ViewNode content);
 

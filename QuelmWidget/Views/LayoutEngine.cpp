@@ -1,4 +1,6 @@
-#include "LayoutEngine.h"
+#include "Views/LayoutEngine.h"
+
+#include "Widget/WidgetFamily.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,8 +11,6 @@ namespace quelm::views {
 namespace {
 
 constexpr double unbounded = std::numeric_limits<double>::infinity();
-// The widget's content margins, inside the glass.
-constexpr double contentMargin = 16;
 // How much of its square a symbol of the icon set covers, relative to a text of the same size.
 constexpr double symbolScale = 1.15;
 constexpr double dividerThickness = 1;
@@ -187,7 +187,7 @@ void LayoutEngine::place(ViewNode& node, const Frame& frame) const
         return;
     }
     if (node.is<node::Glass>()) {
-        const Frame content = inset(inner, Insets::all(contentMargin));
+        const Frame content = inset(inner, Insets::all(widgetContentMargin));
         for (ViewNode& child : node.children)
             place(child, child.sizing.coversMargins ? inner : content);
         return;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Typography.h"
-#include "ViewTree.h"
+#include "Views/Typography.h"
+#include "Views/ViewTree.h"
 
 #include <vector>
 

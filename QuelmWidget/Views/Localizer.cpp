@@ -1,10 +1,9 @@
-#include "Localizer.h"
+#include "Views/Localizer.h"
 
-#include "LocalizationKeys.h"
-#include "RelativeTime.h"
+#include "Text/LocalizationKeys.h"
+#include "Text/RelativeTime.h"
+#include "Views/TranslationCatalogue.h"
 
-#include <QCoreApplication>
-#include <QFile>
 #include <QString>
 #include <QTranslator>
 
@@ -13,57 +12,10 @@
 #include <unicode/unistr.h>
 
 #include <cstdlib>
-#include <map>
-#include <mutex>
 
 namespace quelm::views {
 
 namespace {
-
-QString toQString(std::string_view text)
-{
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
-// Installed translations come first, so that a language added after the build is found.
-QStringList translationFolders()
-{
-    QStringList folders { QStringLiteral(QUELM_TRANSLATIONS_DIR) };
-    // An installation moved elsewhere keeps its translations beside the program.
-    if (QCoreApplication::instance())
-        folders << QCoreApplication::applicationDirPath() + QStringLiteral("/../share/quelm/translations");
-    folders << QStringLiteral(":/quelm/i18n");
-    return folders;
-}
-
-std::optional<QString> translationPath(std::string_view language)
-{
-    if (!WidgetLocalization::isLanguageName(language))
-        return std::nullopt;
-    const QString fileName = toQString(WidgetLocalization::translationFileName(language));
-    for (const QString& folder : translationFolders()) {
-        const QString path = folder + QLatin1Char('/') + fileName;
-        if (QFile::exists(path))
-            return path;
-    }
-    return std::nullopt;
-}
-
-// Translation files do not change while the program runs; each is read once.
-std::shared_ptr<const QTranslator> loadTranslator(const QString& path)
-{
-    static std::mutex mutex;
-    static std::map<QString, std::shared_ptr<const QTranslator>> loaded;
-    std::lock_guard lock(mutex);
-    if (auto found = loaded.find(path); found != loaded.end())
-        return found->second;
-    auto translator = std::make_shared<QTranslator>();
-    std::shared_ptr<const QTranslator> result;
-    if (translator->load(path))
-        result = std::move(translator);
-    loaded.emplace(path, result);
-    return result;
-}
 
 // "pt_BR.UTF-8", "en-US", "de_DE@euro" → the ICU identifiers "pt_BR", "en_US", "de_DE".
 std::string icuLocaleID(std::string_view name)
@@ -89,10 +41,8 @@ std::string languageOf(std::string_view locale)
 Localizer::Localizer(WidgetLocalization localization)
     : m_localization(std::move(localization))
 {
-    if (m_localization.translation) {
-        if (const auto path = translationPath(*m_localization.translation))
-            m_translator = loadTranslator(*path);
-    }
+    if (m_localization.translation)
+        m_translator = TranslationCatalogue::translator(*m_localization.translation);
 }
 
 Localizer Localizer::forSnapshotLanguage(const std::optional<std::string>& language, std::string_view currentLocale)
@@ -111,8 +61,7 @@ Localizer Localizer::forCurrentLocale(std::string_view currentLocale)
 
 bool Localizer::hasTranslation(std::string_view language)
 {
-    const auto path = translationPath(language);
-    return path && loadTranslator(*path) != nullptr;
+    return TranslationCatalogue::translator(language) != nullptr;
 }
 
 std::string Localizer::currentLocaleName()

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "LocalizedText.h"
-#include "WidgetLocalization.h"
+#include "Text/LocalizedText.h"
+#include "Text/WidgetLocalization.h"
 
 #include <quelm/Date.h>
 

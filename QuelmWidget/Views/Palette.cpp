@@ -1,4 +1,4 @@
-#include "Palette.h"
+#include "Views/Palette.h"
 
 #include <QGuiApplication>
 #include <QPalette>

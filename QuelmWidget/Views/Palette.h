@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Color.h"
+#include "Look/Color.h"
 
 #include <QColor>
 

@@ -1,7 +1,7 @@
-#include "QuelmMarkView.h"
+#include "Views/QuelmMarkView.h"
 
-#include "DevicePixels.h"
-#include "QuelmMarkLabel.h"
+#include "Views/DevicePixels.h"
+#include "Text/QuelmMarkLabel.h"
 
 #include <quelm/QuelmMark.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ViewContext.h"
-#include "ViewTree.h"
+#include "Views/ViewContext.h"
+#include "Views/ViewTree.h"
 
 #include <QColor>
 #include <QRectF>

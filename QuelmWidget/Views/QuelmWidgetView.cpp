@@ -1,20 +1,19 @@
-#include "QuelmWidgetView.h"
+#include "Views/QuelmWidgetView.h"
 
-#include "GlassView.h"
-#include "ItemColumns.h"
-#include "QuelmMarkView.h"
-#include "RowState.h"
-#include "RowViews.h"
-#include "WidgetHeader.h"
+#include "Views/GlassView.h"
+#include "Layout/ItemColumns.h"
+#include "Views/QuelmMarkView.h"
+#include "Rows/RowState.h"
+#include "Views/ItemRowView.h"
+#include "Views/GroupRowView.h"
+#include "Views/SessionRowView.h"
+#include "Rows/WidgetHeader.h"
 
 #include <iterator>
 
 namespace quelm::views {
 
 namespace {
-
-// The margins the host keeps between the container's edge and the content.
-constexpr double contentMargin = 16;
 
 constexpr Color primary = Color::of(Color::Named::primary);
 constexpr Color secondary = Color::of(Color::Named::secondary);
@@ -27,7 +26,7 @@ void append(std::vector<ViewNode>& to, std::vector<ViewNode> from)
 
 }
 
-QuelmWidgetView::QuelmWidgetView(WidgetFamily family, const Entry& entry, const ViewContext& context)
+QuelmWidgetView::QuelmWidgetView(WidgetFamily family, const TimelineEntry& entry, const ViewContext& context)
     : m_family(family)
     , m_entry(entry)
     , m_context(context)
@@ -37,22 +36,13 @@ QuelmWidgetView::QuelmWidgetView(WidgetFamily family, const Entry& entry, const 
 
 Size QuelmWidgetView::size(WidgetFamily family)
 {
-    switch (family) {
-    case WidgetFamily::systemSmall:
-        return { 170, 170 };
-    case WidgetFamily::systemMedium:
-        return { 364, 170 };
-    case WidgetFamily::systemExtraLarge:
-        return { 766, 382 };
-    case WidgetFamily::systemLarge:
-        break;
-    }
-    return { 364, 382 };
+    const WidgetSize size = familySize(family);
+    return { size.width, size.height };
 }
 
 ViewNode QuelmWidgetView::body() const
 {
-    return WidgetGlass::node(m_entry.snapshot, content());
+    return GlassView::node(m_entry.snapshot, content());
 }
 
 ViewNode QuelmWidgetView::content() const
@@ -65,7 +55,7 @@ ViewNode QuelmWidgetView::content() const
         // A tap anywhere on the widget, margins included, opens the address.
         ViewNode link = ViewNode::wrapping(node::Link { *notice->tapAddress }, std::move(shown));
         link.sizing.coversMargins = true;
-        link.sizing.padding = Insets::all(contentMargin);
+        link.sizing.padding = Insets::all(widgetContentMargin);
         return link;
     }
     switch (chosen.kind) {
@@ -117,7 +107,7 @@ std::vector<ViewNode> QuelmWidgetView::sessionRows(bool compact) const
 {
     std::vector<ViewNode> rows;
     for (const WidgetSession& session : m_layout.sessions)
-        rows.push_back(SessionRow::node(quelm::SessionRow(session, compact), m_context));
+        rows.push_back(SessionRowView::node(quelm::SessionRow(session, compact), m_context));
     return rows;
 }
 
@@ -125,7 +115,7 @@ std::vector<ViewNode> QuelmWidgetView::groupRows(bool compact) const
 {
     std::vector<ViewNode> rows;
     for (const WidgetGroup& group : m_layout.groups)
-        rows.push_back(GroupRow::node({ group, pendingAction(m_entry.pending, group.id), compact }, m_context));
+        rows.push_back(GroupRowView::node({ group, pendingAction(m_entry.pending, group.id), compact }, m_context));
     return rows;
 }
 
@@ -133,7 +123,7 @@ std::vector<ViewNode> QuelmWidgetView::itemRows(const std::vector<WidgetItem>& i
 {
     std::vector<ViewNode> rows;
     for (const WidgetItem& item : items)
-        rows.push_back(ItemRow::node({ item, pendingAction(m_entry.pending, item.id), compact }, m_context));
+        rows.push_back(ItemRowView::node({ item, pendingAction(m_entry.pending, item.id), compact }, m_context));
     return rows;
 }
 
@@ -205,7 +195,7 @@ ViewNode QuelmWidgetView::extraLarge() const
     using Composition = FamilyComposition;
     const Composition shown = composition();
     // The region between the margins, below the header: its width is the widget's less the margins.
-    const double regionWidth = size(m_family).width - 2 * contentMargin;
+    const double regionWidth = size(m_family).width - 2 * widgetContentMargin;
 
     std::vector<ViewNode> region;
     if (shown.extraLargeShowsLeftColumn()) {

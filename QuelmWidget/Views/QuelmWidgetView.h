@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Entry.h"
-#include "FamilyComposition.h"
-#include "ViewContext.h"
-#include "ViewTree.h"
-#include "WidgetContent.h"
-#include "WidgetFamily.h"
-#include "WidgetLayout.h"
+#include "Timeline/TimelineEntry.h"
+#include "Layout/FamilyComposition.h"
+#include "Views/ViewContext.h"
+#include "Views/ViewTree.h"
+#include "Layout/WidgetContent.h"
+#include "Widget/WidgetFamily.h"
+#include "Layout/WidgetLayout.h"
 
 #include <optional>
 
@@ -17,7 +17,7 @@ namespace quelm::views {
 // `body()`, then lay it out in the family's size (WidgetRenderer does both).
 class QuelmWidgetView {
 public:
-    QuelmWidgetView(WidgetFamily family, const Entry& entry, const ViewContext& context);
+    QuelmWidgetView(WidgetFamily family, const TimelineEntry& entry, const ViewContext& context);
 
     // The size of a family in points.
     static Size size(WidgetFamily);
@@ -49,7 +49,7 @@ private:
     ViewNode familyStack(std::vector<ViewNode> parts) const;
 
     WidgetFamily m_family;
-    const Entry& m_entry;
+    const TimelineEntry& m_entry;
     const ViewContext& m_context;
     WidgetLayout m_layout;
 };

@@ -1,4 +1,4 @@
-#include "RenderTransition.h"
+#include "Views/RenderTransition.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
-#include "SymbolImages.h"
+#include "Views/SymbolImages.h"
 
-#include "DevicePixels.h"
+#include "Views/DevicePixels.h"
 
 #include <QFile>
 #include <QString>

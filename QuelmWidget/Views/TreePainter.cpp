@@ -1,9 +1,9 @@
-#include "TreePainter.h"
+#include "Views/TreePainter.h"
 
-#include "GlassView.h"
-#include "LayoutEngine.h"
-#include "QuelmMarkView.h"
-#include "SymbolImages.h"
+#include "Views/GlassView.h"
+#include "Views/LayoutEngine.h"
+#include "Views/QuelmMarkView.h"
+#include "Views/SymbolImages.h"
 
 #include <QPainter>
 
@@ -35,7 +35,7 @@ void TreePainter::paintNode(QPainter& painter, const ViewNode& node) const
     bool restore = false;
 
     if (const auto* glass = node.as<node::Glass>()) {
-        WidgetGlass::paintBackground(painter, frame, *glass, m_palette);
+        GlassView::paintBackground(painter, frame, *glass, m_palette);
     } else if (const auto* text = node.as<node::Text>()) {
         painter.setFont(m_typography.font(text->font, *painter.device()));
         painter.setPen(m_palette.resolve(text->color));
@@ -64,7 +64,7 @@ void TreePainter::paintNode(QPainter& painter, const ViewNode& node) const
     if (restore)
         painter.restore();
     if (node.is<node::Glass>())
-        WidgetGlass::clearCorners(painter, frame);
+        GlassView::clearCorners(painter, frame);
 }
 
 }

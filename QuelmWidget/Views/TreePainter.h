@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Palette.h"
-#include "Typography.h"
-#include "ViewTree.h"
+#include "Views/Palette.h"
+#include "Views/Typography.h"
+#include "Views/ViewTree.h"
 
 class QPainter;
 

@@ -1,4 +1,4 @@
-#include "Typography.h"
+#include "Views/Typography.h"
 
 #include <QFontDatabase>
 #include <QGuiApplication>

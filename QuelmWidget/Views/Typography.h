@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ViewTree.h"
+#include "Views/ViewTree.h"
 
 #include <QFont>
 #include <QFontMetricsF>

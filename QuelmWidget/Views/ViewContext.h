@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Localizer.h"
+#include "Views/Localizer.h"
 
 #include <quelm/Date.h>
 

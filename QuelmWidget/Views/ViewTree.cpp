@@ -1,4 +1,4 @@
-#include "ViewTree.h"
+#include "Views/ViewTree.h"
 
 #include <array>
 

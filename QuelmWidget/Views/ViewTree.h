@@ -1,7 +1,9 @@
 #pragma once
 
-#include "Color.h"
-#include "WidgetGlass.h"
+#include "Look/Color.h"
+#include "Look/WidgetGlass.h"
+
+#include <quelm/Date.h>
 
 #include <optional>
 #include <string>
@@ -85,14 +87,16 @@ struct Stack {
 };
 
 // One line. `shown` is `text` as it fits its frame (elided with "…" when too long); the layout
-// fills it in. A `numeric` text (a count) rolls its digits when it changes between renders; it is
-// not part of the dump.
+// fills it in. A `numeric` text (a count) rolls its digits when it changes between renders. A text
+// `liveSince` a date holds the time since then ("5 min"), so whoever shows the tree draws it
+// again when that next reads differently. Neither mark is part of the dump.
 struct Text {
     std::string text;
     Font font;
     Color color;
     std::string shown {};
     bool numeric = false;
+    std::optional<Date> liveSince {};
     bool operator==(const Text&) const = default;
 };
 

@@ -1,4 +1,4 @@
-#include "ViewTreeJson.h"
+#include "Views/ViewTreeJson.h"
 
 #include <cmath>
 

@@ -1,11 +1,11 @@
-#include "WidgetRenderer.h"
+#include "Views/WidgetRenderer.h"
 
-#include "LayoutEngine.h"
-#include "Localizer.h"
-#include "QuelmWidgetView.h"
-#include "TreePainter.h"
-#include "Typography.h"
-#include "ViewTreeJson.h"
+#include "Views/LayoutEngine.h"
+#include "Views/Localizer.h"
+#include "Views/QuelmWidgetView.h"
+#include "Views/TreePainter.h"
+#include "Views/Typography.h"
+#include "Views/ViewTreeJson.h"
 
 #include <QPainter>
 
@@ -13,7 +13,7 @@
 
 namespace quelm::views {
 
-RenderedWidget renderWidget(const Entry& entry, WidgetFamily family, const RenderOptions& options)
+RenderedWidget renderWidget(const TimelineEntry& entry, WidgetFamily family, const RenderOptions& options)
 {
     const Localizer localizer = Localizer::forSnapshotLanguage(entry.snapshot.language, options.currentLocale);
     const Localizer userLocalizer = Localizer::forCurrentLocale(options.currentLocale);
@@ -54,22 +54,6 @@ nlohmann::ordered_json widgetJson(const RenderedWidget& rendered)
     out["size"] = { { "w", rendered.size.width }, { "h", rendered.size.height } };
     out["root"] = viewTreeJson(rendered.root);
     return out;
-}
-
-Entry sampleEntry(Date now)
-{
-    Entry entry = Entry::sample();
-    const Date built = entry.date;
-    // Each date keeps its distance from the moment the sample was built, to the millisecond: the
-    // distances are whole seconds, and a hair less would read as a minute less.
-    const auto moved = [&](Date date) { return now.addingSeconds(-std::round(built.secondsSince(date) * 1000) / 1000); };
-    entry.date = now;
-    entry.snapshot.updatedAt = moved(entry.snapshot.updatedAt);
-    for (WidgetItem& item : entry.snapshot.items) {
-        if (item.startedAt)
-            item.startedAt = moved(*item.startedAt);
-    }
-    return entry;
 }
 
 }

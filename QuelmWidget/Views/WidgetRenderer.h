@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Entry.h"
-#include "Palette.h"
-#include "ViewTree.h"
-#include "WidgetFamily.h"
+#include "Timeline/TimelineEntry.h"
+#include "Views/Palette.h"
+#include "Views/ViewTree.h"
+#include "Widget/WidgetFamily.h"
 
 #include <quelm/Date.h>
 #include <quelm/SharedStore.h>
@@ -28,7 +28,7 @@ struct RenderOptions {
 
 // One widget, built and laid out: the tree that is painted, dumped and hit-tested.
 struct RenderedWidget {
-    WidgetFamily family = WidgetFamily::systemSmall;
+    WidgetFamily family = WidgetFamily::small;
     SharedStore::AppStatus appStatus = SharedStore::AppStatus::notRunning;
     Size size;
     ViewNode root;
@@ -36,7 +36,7 @@ struct RenderedWidget {
 
 // Builds the view tree of `entry` for `family` and lays it out in the family's size.
 // Needs a QGuiApplication (fonts).
-RenderedWidget renderWidget(const Entry& entry, WidgetFamily family, const RenderOptions& options = {});
+RenderedWidget renderWidget(const TimelineEntry& entry, WidgetFamily family, const RenderOptions& options = {});
 
 // Paints the widget at (0, 0) in the painter's coordinates (points).
 void paintWidget(QPainter&, const RenderedWidget&, const Palette& = Palette());
@@ -45,9 +45,5 @@ QImage paintWidget(const RenderedWidget&, double scale, const Palette& = Palette
 
 // {"family", "appStatus", "size": {w, h}, "root": the view tree (viewTreeJson)}.
 nlohmann::ordered_json widgetJson(const RenderedWidget&);
-
-// The sample entry as if it had been built at `now`: its dates moved so that every relative time
-// reads the same whenever it is rendered.
-Entry sampleEntry(Date now);
 
 }

@@ -1,7 +1,7 @@
-#include "ClickAction.h"
+#include "Host/ClickAction.h"
 
 #include "HostTestSupport.h"
-#include "WidgetRenderer.h"
+#include "Views/WidgetRenderer.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@ namespace {
 
 constexpr Date now { 1'700'000'000 };
 
-views::RenderedWidget render(const Entry& entry, WidgetFamily family)
+views::RenderedWidget render(const TimelineEntry& entry, WidgetFamily family)
 {
     views::RenderOptions options;
     options.now = now;
@@ -20,9 +20,9 @@ views::RenderedWidget render(const Entry& entry, WidgetFamily family)
     return views::renderWidget(entry, family, options);
 }
 
-Entry runningEntry()
+TimelineEntry runningEntry()
 {
-    Entry entry;
+    TimelineEntry entry;
     entry.date = now;
     entry.appStatus = SharedStore::AppStatus::running;
     entry.snapshot.items = {
@@ -57,25 +57,25 @@ protected:
 
 TEST_F(ClickActionTest, AClickOnAStoppedItemsButtonStartsIt)
 {
-    const auto rendered = render(runningEntry(), WidgetFamily::systemMedium);
+    const auto rendered = render(runningEntry(), WidgetFamily::medium);
     EXPECT_EQ(clickAtCentre(rendered, buttonFor(rendered, "db").frame), ClickAction(ToggleItemIntent("db", true)));
 }
 
 TEST_F(ClickActionTest, AClickOnARunningItemsButtonStopsIt)
 {
-    const auto rendered = render(runningEntry(), WidgetFamily::systemLarge);
+    const auto rendered = render(runningEntry(), WidgetFamily::large);
     EXPECT_EQ(clickAtCentre(rendered, buttonFor(rendered, "api").frame), ClickAction(ToggleItemIntent("api", false)));
 }
 
 TEST_F(ClickActionTest, AGroupsButtonTogglesTheGroupUnderItsOwnId)
 {
-    const auto rendered = render(runningEntry(), WidgetFamily::systemExtraLarge);
+    const auto rendered = render(runningEntry(), WidgetFamily::extraLarge);
     EXPECT_EQ(clickAtCentre(rendered, buttonFor(rendered, "group:g").frame), ClickAction(ToggleItemIntent("group:g", true)));
 }
 
 TEST_F(ClickActionTest, EveryCornerOfAButtonCountsAndJustOutsideDoesNot)
 {
-    const auto rendered = render(runningEntry(), WidgetFamily::systemMedium);
+    const auto rendered = render(runningEntry(), WidgetFamily::medium);
     const views::Frame frame = buttonFor(rendered, "db").frame;
     EXPECT_EQ(clickAction(rendered.root, frame.x, frame.y), ClickAction(ToggleItemIntent("db", true)));
     EXPECT_EQ(clickAction(rendered.root, frame.maxX() - 0.01, frame.maxY() - 0.01), ClickAction(ToggleItemIntent("db", true)));
@@ -84,7 +84,7 @@ TEST_F(ClickActionTest, EveryCornerOfAButtonCountsAndJustOutsideDoesNot)
 
 TEST_F(ClickActionTest, AClickBesideTheButtonsDoesNothing)
 {
-    const auto rendered = render(runningEntry(), WidgetFamily::systemLarge);
+    const auto rendered = render(runningEntry(), WidgetFamily::large);
     EXPECT_EQ(clickAction(rendered.root, 2, 2), ClickAction(NoAction {}));
     // On a row's title, away from its button.
     const views::Frame button = buttonFor(rendered, "db").frame;
@@ -96,15 +96,15 @@ TEST_F(ClickActionTest, AClickBesideTheButtonsDoesNothing)
 
 TEST_F(ClickActionTest, ABusyButtonDoesNothing)
 {
-    Entry entry = runningEntry();
+    TimelineEntry entry = runningEntry();
     entry.pending = { { "db", WidgetCommand::Action::start } };
-    const auto rendered = render(entry, WidgetFamily::systemMedium);
+    const auto rendered = render(entry, WidgetFamily::medium);
     EXPECT_EQ(clickAtCentre(rendered, buttonFor(rendered, "db").frame), ClickAction(NoAction {}));
 }
 
 TEST_F(ClickActionTest, ASessionRowOpensTheSession)
 {
-    const auto rendered = render(runningEntry(), WidgetFamily::systemLarge);
+    const auto rendered = render(runningEntry(), WidgetFamily::large);
     const auto links = views::nodesOfType<views::node::Link>(rendered.root);
     ASSERT_EQ(links.size(), 1u);
     EXPECT_EQ(clickAtCentre(rendered, links[0]->frame), ClickAction(OpenAddress { "quelm://session/s1" }));
@@ -112,9 +112,9 @@ TEST_F(ClickActionTest, ASessionRowOpensTheSession)
 
 TEST_F(ClickActionTest, AClickAnywhereOnTheClosedAppMessageOpensTheApp)
 {
-    Entry entry = runningEntry();
+    TimelineEntry entry = runningEntry();
     entry.appStatus = SharedStore::AppStatus::notRunning;
-    for (const WidgetFamily family : { WidgetFamily::systemSmall, WidgetFamily::systemMedium, WidgetFamily::systemLarge, WidgetFamily::systemExtraLarge }) {
+    for (const WidgetFamily family : { WidgetFamily::small, WidgetFamily::medium, WidgetFamily::large, WidgetFamily::extraLarge }) {
         const auto rendered = render(entry, family);
         EXPECT_EQ(clickAction(rendered.root, 3, 3), ClickAction(OpenAddress { "quelm://open" }));
         EXPECT_EQ(clickAction(rendered.root, rendered.size.width / 2, rendered.size.height / 2), ClickAction(OpenAddress { "quelm://open" }));
@@ -123,8 +123,8 @@ TEST_F(ClickActionTest, AClickAnywhereOnTheClosedAppMessageOpensTheApp)
 
 TEST_F(ClickActionTest, TheNoAccessMessageDoesNothing)
 {
-    Entry entry = runningEntry();
+    TimelineEntry entry = runningEntry();
     entry.appStatus = SharedStore::AppStatus::noAccess;
-    const auto rendered = render(entry, WidgetFamily::systemMedium);
+    const auto rendered = render(entry, WidgetFamily::medium);
     EXPECT_EQ(clickAction(rendered.root, rendered.size.width / 2, rendered.size.height / 2), ClickAction(NoAction {}));
 }

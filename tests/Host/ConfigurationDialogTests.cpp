@@ -1,4 +1,4 @@
-#include "ConfigurationDialog.h"
+#include "Host/ConfigurationDialog.h"
 
 #include "HostTestSupport.h"
 

@@ -1,4 +1,4 @@
-#include "ContainerWatcher.h"
+#include "Host/ContainerWatcher.h"
 
 #include "HostTestSupport.h"
 

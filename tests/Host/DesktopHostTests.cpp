@@ -1,7 +1,7 @@
-#include "DesktopHost.h"
+#include "Host/DesktopHost.h"
 
 #include "HostTestSupport.h"
-#include "QuelmWidgetBundle.h"
+#include "Widget/QuelmWidgetBundle.h"
 
 #include <gtest/gtest.h>
 
@@ -110,7 +110,7 @@ TEST_F(DesktopHostTest, WithoutSavedWidgetsOneMediumWidgetIsPlacedAndSaved)
     host.start(err);
     ASSERT_EQ(host.placedWidgets().size(), 1u);
     PlacedWidget& placed = *host.placedWidgets().front();
-    EXPECT_EQ(placed.instance().family, WidgetFamily::systemMedium);
+    EXPECT_EQ(placed.instance().family, WidgetFamily::medium);
     EXPECT_TRUE(placed.window().isVisible());
     EXPECT_EQ(placed.window().size(), QSize(364, 170));
     EXPECT_TRUE(err.str().empty());
@@ -127,7 +127,7 @@ TEST_F(DesktopHostTest, ADamagedListIsMovedAsideAndSaidOnStandardError)
     host.start(err);
 
     ASSERT_EQ(host.placedWidgets().size(), 1u);
-    EXPECT_EQ(host.placedWidgets().front()->instance().family, WidgetFamily::systemMedium);
+    EXPECT_EQ(host.placedWidgets().front()->instance().family, WidgetFamily::medium);
     EXPECT_NE(err.str().find("damaged"), std::string::npos) << err.str();
     EXPECT_NE(err.str().find("widgets.json.bad"), std::string::npos) << err.str();
     EXPECT_EQ(readFile(settingsFile().string() + ".bad"), "{\"widgets\": [{\"id\": 7}]}");
@@ -137,8 +137,8 @@ TEST_F(DesktopHostTest, ADamagedListIsMovedAsideAndSaidOnStandardError)
 TEST_F(DesktopHostTest, SavedWidgetsComeBackWithTheirFamilyOrderAndPlace)
 {
     const std::vector<WidgetInstance> saved {
-        { QStringLiteral("one"), WidgetFamily::systemSmall, WidgetSortOrder::recent, QPoint(300, 200) },
-        { QStringLiteral("two"), WidgetFamily::systemExtraLarge, WidgetSortOrder::category, QPoint(40, 500) },
+        { QStringLiteral("one"), WidgetFamily::small, WidgetSortOrder::recent, QPoint(300, 200) },
+        { QStringLiteral("two"), WidgetFamily::extraLarge, WidgetSortOrder::category, QPoint(40, 500) },
     };
     instanceStore().save(saved);
     DesktopHost host(bundle, instanceStore());
@@ -154,8 +154,8 @@ TEST_F(DesktopHostTest, TwoInstancesWithDifferentSortOrdersShowDifferentOrders)
 {
     publish();
     instanceStore().save({
-        { QStringLiteral("by-category"), WidgetFamily::systemLarge, WidgetSortOrder::category, QPoint(0, 0) },
-        { QStringLiteral("by-recent"), WidgetFamily::systemLarge, WidgetSortOrder::recent, QPoint(400, 0) },
+        { QStringLiteral("by-category"), WidgetFamily::large, WidgetSortOrder::category, QPoint(0, 0) },
+        { QStringLiteral("by-recent"), WidgetFamily::large, WidgetSortOrder::recent, QPoint(400, 0) },
     });
     DesktopHost host(bundle, instanceStore());
     host.start(err);
@@ -173,8 +173,8 @@ TEST_F(DesktopHostTest, EditingOneInstancesSortOrderLeavesTheOtherAlone)
 {
     publish();
     instanceStore().save({
-        { QStringLiteral("a"), WidgetFamily::systemLarge, WidgetSortOrder::category, QPoint(0, 0) },
-        { QStringLiteral("b"), WidgetFamily::systemLarge, WidgetSortOrder::category, QPoint(400, 0) },
+        { QStringLiteral("a"), WidgetFamily::large, WidgetSortOrder::category, QPoint(0, 0) },
+        { QStringLiteral("b"), WidgetFamily::large, WidgetSortOrder::category, QPoint(400, 0) },
     });
     DesktopHost host(bundle, instanceStore());
     host.start(err);
@@ -198,10 +198,10 @@ TEST_F(DesktopHostTest, ChangingTheSizeResizesAndSaves)
     DesktopHost host(bundle, instanceStore());
     host.start(err);
     PlacedWidget& placed = *host.placedWidgets().front();
-    placed.setFamily(WidgetFamily::systemExtraLarge);
+    placed.setFamily(WidgetFamily::extraLarge);
     EXPECT_EQ(placed.window().size(), QSize(766, 382));
-    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered() && placed.window().rendered()->family == WidgetFamily::systemExtraLarge; }));
-    EXPECT_EQ(savedInstances(host).front().family, WidgetFamily::systemExtraLarge);
+    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered() && placed.window().rendered()->family == WidgetFamily::extraLarge; }));
+    EXPECT_EQ(savedInstances(host).front().family, WidgetFamily::extraLarge);
 }
 
 TEST_F(DesktopHostTest, ANewSnapshotInTheContainerShowsWithoutBeingAsked)
@@ -230,7 +230,7 @@ TEST_F(DesktopHostTest, AClickOnAStoppedItemQueuesAStartAndShowsItStarting)
     clickButton(placed, "cache");
     // The provider's entry, after the intent: the mark is in the container.
     ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry()->pending.contains("cache"); }));
-    EXPECT_EQ(placed.shownEntry()->pending, (Entry::Pending { { "cache", WidgetCommand::Action::start } }));
+    EXPECT_EQ(placed.shownEntry()->pending, (TimelineEntry::PendingActions { { "cache", WidgetCommand::Action::start } }));
     EXPECT_TRUE(showsBusy(placed, "cache"));
     const auto commands = store().drainCommands();
     ASSERT_EQ(commands.size(), 1u);
@@ -260,8 +260,8 @@ TEST_F(DesktopHostTest, EveryPlacedWidgetShowsAClickedItemBusy)
 {
     publish();
     instanceStore().save({
-        { QStringLiteral("a"), WidgetFamily::systemMedium, WidgetSortOrder::category, QPoint(0, 0) },
-        { QStringLiteral("b"), WidgetFamily::systemLarge, WidgetSortOrder::category, QPoint(400, 0) },
+        { QStringLiteral("a"), WidgetFamily::medium, WidgetSortOrder::category, QPoint(0, 0) },
+        { QStringLiteral("b"), WidgetFamily::large, WidgetSortOrder::category, QPoint(400, 0) },
     });
     DesktopHost host(bundle, instanceStore());
     host.start(err);
@@ -279,7 +279,7 @@ TEST_F(DesktopHostTest, AFailingIntentSaysSoOnTheWidgetAndChangesNothingElse)
     host.start(err);
     PlacedWidget& placed = *host.placedWidgets().front();
     ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
-    const Entry before = *placed.shownEntry();
+    const TimelineEntry before = *placed.shownEntry();
 
     clickButton(placed, "cache");
     ASSERT_TRUE(test::waitFor([&] { return placed.window().hasNotice(); }));
@@ -310,7 +310,7 @@ TEST_F(DesktopHostTest, AClickShowsItsRowBusyBeforeTheIntentHasEnded)
 TEST_F(DesktopHostTest, AMovedWidgetsNewPlaceIsSaved)
 {
     publish();
-    instanceStore().save({ { QStringLiteral("a"), WidgetFamily::systemSmall, WidgetSortOrder::category, QPoint(100, 100) } });
+    instanceStore().save({ { QStringLiteral("a"), WidgetFamily::small, WidgetSortOrder::category, QPoint(100, 100) } });
     DesktopHost host(bundle, instanceStore());
     host.start(err);
     PlacedWidget& placed = *host.placedWidgets().front();
@@ -330,9 +330,9 @@ TEST_F(DesktopHostTest, TheGalleryPlacesAWidgetOfTheChosenFamily)
     host.start(err);
     WidgetGallery& gallery = host.openGallery();
     EXPECT_EQ(gallery.families(), (std::vector<WidgetFamily>(QuelmWidget::supportedFamilies.begin(), QuelmWidget::supportedFamilies.end())));
-    gallery.choose(WidgetFamily::systemSmall);
+    gallery.choose(WidgetFamily::small);
     ASSERT_EQ(host.placedWidgets().size(), 2u);
-    EXPECT_EQ(host.placedWidgets()[1]->instance().family, WidgetFamily::systemSmall);
+    EXPECT_EQ(host.placedWidgets()[1]->instance().family, WidgetFamily::small);
     EXPECT_NE(host.placedWidgets()[1]->window().pos(), host.placedWidgets()[0]->window().pos());
     EXPECT_EQ(savedInstances(host).size(), 2u);
 }
@@ -341,8 +341,8 @@ TEST_F(DesktopHostTest, RemovingTheLastWidgetEndsTheHostWithAnEmptyList)
 {
     publish();
     instanceStore().save({
-        { QStringLiteral("a"), WidgetFamily::systemSmall, WidgetSortOrder::category, QPoint(0, 0) },
-        { QStringLiteral("b"), WidgetFamily::systemSmall, WidgetSortOrder::category, QPoint(200, 0) },
+        { QStringLiteral("a"), WidgetFamily::small, WidgetSortOrder::category, QPoint(0, 0) },
+        { QStringLiteral("b"), WidgetFamily::small, WidgetSortOrder::category, QPoint(200, 0) },
     });
     DesktopHost host(bundle, instanceStore());
     QSignalSpy emptied(&host, &DesktopHost::emptied);

@@ -153,7 +153,7 @@ protected:
         int width = 0;
         int height = 0;
         std::istringstream(window->substr(7)) >> place.id >> family >> place.x >> place.y >> width >> height;
-        EXPECT_EQ(family, "systemMedium");
+        EXPECT_EQ(family, "medium");
         EXPECT_EQ(width, 364);
         EXPECT_EQ(height, 170);
         const auto running = m_host->waitForLine([](const std::string& line) {
@@ -260,7 +260,7 @@ TEST_F(HostEndToEnd, TheFirstStartPlacesOneMediumWidgetAndSavesIt)
     const json saved = json::parse(readFile(file));
     ASSERT_EQ(saved["widgets"].size(), 1u);
     EXPECT_EQ(saved["widgets"][0]["id"], window.id);
-    EXPECT_EQ(saved["widgets"][0]["family"], "systemMedium");
+    EXPECT_EQ(saved["widgets"][0]["family"], "medium");
     EXPECT_EQ(saved["widgets"][0]["sortOrder"], "category");
 }
 

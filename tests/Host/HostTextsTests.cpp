@@ -1,7 +1,7 @@
-#include "HostTexts.h"
+#include "Host/HostTexts.h"
 
 #include "HostTestSupport.h"
-#include "LocalizationKeys.h"
+#include "Text/LocalizationKeys.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "InstanceStore.h"
+#include "Host/InstanceStore.h"
 
 #include "TestSupport.h"
 
@@ -34,11 +34,11 @@ WidgetInstance instance(const char* id, WidgetFamily family, WidgetSortOrder sor
 
 TEST(WidgetInstance, ANewInstanceHasAFreshIdAndTheDefaultConfiguration)
 {
-    const WidgetInstance first = WidgetInstance::placed(WidgetFamily::systemLarge);
-    const WidgetInstance second = WidgetInstance::placed(WidgetFamily::systemLarge);
+    const WidgetInstance first = WidgetInstance::placed(WidgetFamily::large);
+    const WidgetInstance second = WidgetInstance::placed(WidgetFamily::large);
     EXPECT_FALSE(first.id.isEmpty());
     EXPECT_NE(first.id, second.id);
-    EXPECT_EQ(first.family, WidgetFamily::systemLarge);
+    EXPECT_EQ(first.family, WidgetFamily::large);
     EXPECT_EQ(first.sortOrder, WidgetSortOrder::category);
     EXPECT_EQ(first.configuration(), QuelmWidgetConfiguration());
     EXPECT_EQ(first.position, std::nullopt);
@@ -46,9 +46,9 @@ TEST(WidgetInstance, ANewInstanceHasAFreshIdAndTheDefaultConfiguration)
 
 TEST(WidgetInstance, CarriesItsOwnConfigurationAndFamilyToTheProvider)
 {
-    const WidgetInstance placed = instance("x", WidgetFamily::systemSmall, WidgetSortOrder::recent, std::nullopt);
+    const WidgetInstance placed = instance("x", WidgetFamily::small, WidgetSortOrder::recent, std::nullopt);
     EXPECT_EQ(placed.configuration().sortOrder, WidgetSortOrder::recent);
-    EXPECT_EQ(placed.timelineContext(), (TimelineContext { WidgetFamily::systemSmall, false }));
+    EXPECT_EQ(placed.timelineContext(), (TimelineContext { WidgetFamily::small, false }));
 }
 
 TEST(InstanceStore, TheDefaultFileIsUnderTheConfigHome)
@@ -80,10 +80,10 @@ TEST(InstanceStore, WhatIsSavedLoadsBackTheSame)
     TemporaryDirectory directory;
     const InstanceStore store(qt(directory / "quelm" / "widgets.json"));
     const std::vector<WidgetInstance> instances {
-        instance("A", WidgetFamily::systemSmall, WidgetSortOrder::category, QPoint(10, 20)),
-        instance("B", WidgetFamily::systemMedium, WidgetSortOrder::recent, std::nullopt),
-        instance("C", WidgetFamily::systemLarge, WidgetSortOrder::recent, QPoint(-1200, 0)),
-        instance("D", WidgetFamily::systemExtraLarge, WidgetSortOrder::category, QPoint(1920, 1080)),
+        instance("A", WidgetFamily::small, WidgetSortOrder::category, QPoint(10, 20)),
+        instance("B", WidgetFamily::medium, WidgetSortOrder::recent, std::nullopt),
+        instance("C", WidgetFamily::large, WidgetSortOrder::recent, QPoint(-1200, 0)),
+        instance("D", WidgetFamily::extraLarge, WidgetSortOrder::category, QPoint(1920, 1080)),
     };
     store.save(instances);
 
@@ -98,10 +98,10 @@ TEST(InstanceStore, SavingReplacesTheWholeList)
 {
     TemporaryDirectory directory;
     const InstanceStore store(qt(directory / "widgets.json"));
-    store.save({ instance("A", WidgetFamily::systemSmall, WidgetSortOrder::category, std::nullopt),
-        instance("B", WidgetFamily::systemSmall, WidgetSortOrder::category, std::nullopt) });
-    store.save({ instance("B", WidgetFamily::systemLarge, WidgetSortOrder::recent, QPoint(1, 2)) });
-    EXPECT_EQ(store.load().instances, (std::vector { instance("B", WidgetFamily::systemLarge, WidgetSortOrder::recent, QPoint(1, 2)) }));
+    store.save({ instance("A", WidgetFamily::small, WidgetSortOrder::category, std::nullopt),
+        instance("B", WidgetFamily::small, WidgetSortOrder::category, std::nullopt) });
+    store.save({ instance("B", WidgetFamily::large, WidgetSortOrder::recent, QPoint(1, 2)) });
+    EXPECT_EQ(store.load().instances, (std::vector { instance("B", WidgetFamily::large, WidgetSortOrder::recent, QPoint(1, 2)) }));
 }
 
 TEST(InstanceStore, AnEmptyListStaysEmpty)
@@ -120,7 +120,7 @@ TEST(InstanceStore, WithoutAFileOneMediumWidgetIsPlaced)
     const InstanceStore store(qt(directory / "quelm" / "widgets.json"));
     const InstanceStore::Loaded loaded = store.load();
     ASSERT_EQ(loaded.instances.size(), 1u);
-    EXPECT_EQ(loaded.instances[0].family, WidgetFamily::systemMedium);
+    EXPECT_EQ(loaded.instances[0].family, WidgetFamily::medium);
     EXPECT_EQ(loaded.instances[0].sortOrder, WidgetSortOrder::category);
     EXPECT_EQ(loaded.problem, std::nullopt);
     EXPECT_FALSE(std::filesystem::exists(directory / "quelm" / "widgets.json.bad"));
@@ -132,10 +132,10 @@ TEST(InstanceStore, ADamagedFileIsMovedAsideAndOneMediumWidgetIsPlaced)
              std::string("{\"widgets\": [ {\"id\": \"A\", \"fam"),
              std::string("[]"),
              std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"systemHuge\"}]}"),
-             std::string("{\"widgets\": [{\"family\": \"systemSmall\"}]}"),
-             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"systemSmall\", \"sortOrder\": \"Recent\"}]}"),
-             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"systemSmall\", \"position\": {\"x\": 1.5, \"y\": 0}}]}"),
-             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"systemSmall\"}, {\"id\": \"A\", \"family\": \"systemLarge\"}]}"),
+             std::string("{\"widgets\": [{\"family\": \"small\"}]}"),
+             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"small\", \"sortOrder\": \"Recent\"}]}"),
+             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"small\", \"position\": {\"x\": 1.5, \"y\": 0}}]}"),
+             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"small\"}, {\"id\": \"A\", \"family\": \"large\"}]}"),
              std::string("\xff\xfe garbage"),
          }) {
         SCOPED_TRACE(damaged);
@@ -146,7 +146,7 @@ TEST(InstanceStore, ADamagedFileIsMovedAsideAndOneMediumWidgetIsPlaced)
 
         const InstanceStore::Loaded loaded = store.load();
         ASSERT_EQ(loaded.instances.size(), 1u);
-        EXPECT_EQ(loaded.instances[0].family, WidgetFamily::systemMedium);
+        EXPECT_EQ(loaded.instances[0].family, WidgetFamily::medium);
         ASSERT_TRUE(loaded.problem);
         EXPECT_TRUE(loaded.problem->contains(QStringLiteral("damaged")));
         EXPECT_TRUE(loaded.problem->contains(qt(file) + QStringLiteral(".bad")));
@@ -168,19 +168,35 @@ TEST(InstanceStore, AnOlderDamagedCopyIsReplaced)
 
 TEST(InstanceStore, AnInstanceWithoutASortOrderSortsByCategory)
 {
-    const auto instances = InstanceStore::decode(R"({"widgets": [{"id": "A", "family": "systemLarge"}]})");
+    const auto instances = InstanceStore::decode(R"({"widgets": [{"id": "A", "family": "large"}]})");
     ASSERT_EQ(instances.size(), 1u);
     EXPECT_EQ(instances[0].sortOrder, WidgetSortOrder::category);
     EXPECT_EQ(instances[0].position, std::nullopt);
 }
 
+TEST(InstanceStore, AFileOfAnEarlierVersionLoadsWithItsFamilies)
+{
+    const auto instances = InstanceStore::decode(R"({"widgets": [
+        {"id": "A", "family": "systemSmall"}, {"id": "B", "family": "systemMedium"},
+        {"id": "C", "family": "systemLarge"}, {"id": "D", "family": "systemExtraLarge"}]})");
+    ASSERT_EQ(instances.size(), 4u);
+    EXPECT_EQ(instances[0].family, WidgetFamily::small);
+    EXPECT_EQ(instances[1].family, WidgetFamily::medium);
+    EXPECT_EQ(instances[2].family, WidgetFamily::large);
+    EXPECT_EQ(instances[3].family, WidgetFamily::extraLarge);
+    // Saved again, it holds today's names.
+    const QJsonDocument saved = QJsonDocument::fromJson(InstanceStore::encode(instances));
+    EXPECT_EQ(saved.object().value(QStringLiteral("widgets")).toArray().at(0).toObject().value(QStringLiteral("family")).toString(),
+        QStringLiteral("small"));
+}
+
 TEST(InstanceStore, TheFileIsReadableJson)
 {
-    const QByteArray bytes = InstanceStore::encode({ instance("A", WidgetFamily::systemExtraLarge, WidgetSortOrder::recent, QPoint(5, 6)) });
+    const QByteArray bytes = InstanceStore::encode({ instance("A", WidgetFamily::extraLarge, WidgetSortOrder::recent, QPoint(5, 6)) });
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
     const auto widget = document.object().value(QStringLiteral("widgets")).toArray().at(0).toObject();
     EXPECT_EQ(widget.value(QStringLiteral("id")).toString(), QStringLiteral("A"));
-    EXPECT_EQ(widget.value(QStringLiteral("family")).toString(), QStringLiteral("systemExtraLarge"));
+    EXPECT_EQ(widget.value(QStringLiteral("family")).toString(), QStringLiteral("extraLarge"));
     EXPECT_EQ(widget.value(QStringLiteral("sortOrder")).toString(), QStringLiteral("recent"));
     EXPECT_EQ(widget.value(QStringLiteral("position")).toObject().value(QStringLiteral("x")).toInt(), 5);
 }

@@ -1,4 +1,4 @@
-#include "TimelineController.h"
+#include "Host/TimelineController.h"
 
 #include "HostTestSupport.h"
 
@@ -31,9 +31,9 @@ protected:
     }
 
     // The entries a controller makes current, in order.
-    static std::vector<Entry>& record(TimelineController& controller, std::vector<Entry>& into)
+    static std::vector<TimelineEntry>& record(TimelineController& controller, std::vector<TimelineEntry>& into)
     {
-        QObject::connect(&controller, &TimelineController::entryChanged, &controller, [&into](const Entry& entry) { into.push_back(entry); });
+        QObject::connect(&controller, &TimelineController::entryChanged, &controller, [&into](const TimelineEntry& entry) { into.push_back(entry); });
         return into;
     }
 };
@@ -42,8 +42,8 @@ protected:
 
 TEST_F(TimelineControllerTest, TheFirstTimelineComesFromTheProviderOffTheUiThread)
 {
-    TimelineController controller(Provider(), QuelmWidgetConfiguration(), WidgetFamily::systemMedium);
-    std::vector<Entry> entries;
+    TimelineController controller(TimelineProvider(), QuelmWidgetConfiguration(), WidgetFamily::medium);
+    std::vector<TimelineEntry> entries;
     record(controller, entries);
     EXPECT_FALSE(controller.currentEntry());
     controller.reload();
@@ -57,8 +57,8 @@ TEST_F(TimelineControllerTest, TheFirstTimelineComesFromTheProviderOffTheUiThrea
 
 TEST_F(TimelineControllerTest, EachInstanceGetsItsOwnSortOrder)
 {
-    TimelineController byCategory(Provider(), QuelmWidgetConfiguration(WidgetSortOrder::category), WidgetFamily::systemMedium);
-    TimelineController byRecent(Provider(), QuelmWidgetConfiguration(WidgetSortOrder::recent), WidgetFamily::systemMedium);
+    TimelineController byCategory(TimelineProvider(), QuelmWidgetConfiguration(WidgetSortOrder::category), WidgetFamily::medium);
+    TimelineController byRecent(TimelineProvider(), QuelmWidgetConfiguration(WidgetSortOrder::recent), WidgetFamily::medium);
     byCategory.reload();
     byRecent.reload();
     ASSERT_TRUE(test::waitFor([&] { return byCategory.currentEntry() && byRecent.currentEntry(); }));
@@ -69,7 +69,7 @@ TEST_F(TimelineControllerTest, EachInstanceGetsItsOwnSortOrder)
 
 TEST_F(TimelineControllerTest, AReloadShowsTheNewState)
 {
-    TimelineController controller(Provider(), QuelmWidgetConfiguration(), WidgetFamily::systemLarge);
+    TimelineController controller(TimelineProvider(), QuelmWidgetConfiguration(), WidgetFamily::large);
     controller.reload();
     ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry().has_value(); }));
 
@@ -81,7 +81,7 @@ TEST_F(TimelineControllerTest, AReloadShowsTheNewState)
 
 TEST_F(TimelineControllerTest, RequestsMadeWhileLoadingEndOnTheLatestState)
 {
-    TimelineController controller(Provider(), QuelmWidgetConfiguration(), WidgetFamily::systemLarge);
+    TimelineController controller(TimelineProvider(), QuelmWidgetConfiguration(), WidgetFamily::large);
     const WidgetSnapshot last = snapshotWith({ WidgetItem { "z", "zeta", "server", true } });
     controller.reload();
     controller.reload();
@@ -92,13 +92,13 @@ TEST_F(TimelineControllerTest, RequestsMadeWhileLoadingEndOnTheLatestState)
 
 TEST_F(TimelineControllerTest, AChangedConfigurationDropsTheTimelineAskedBefore)
 {
-    TimelineController controller(Provider(), QuelmWidgetConfiguration(WidgetSortOrder::category), WidgetFamily::systemLarge);
-    std::vector<Entry> entries;
+    TimelineController controller(TimelineProvider(), QuelmWidgetConfiguration(WidgetSortOrder::category), WidgetFamily::large);
+    std::vector<TimelineEntry> entries;
     record(controller, entries);
     controller.reload();
     controller.setConfiguration(QuelmWidgetConfiguration(WidgetSortOrder::recent));
     ASSERT_TRUE(test::waitFor([&] { return !entries.empty() && !controller.isLoading(); }));
-    for (const Entry& entry : entries)
+    for (const TimelineEntry& entry : entries)
         EXPECT_EQ(entry.sortOrder, WidgetSortOrder::recent);
     EXPECT_EQ(controller.configuration().sortOrder, WidgetSortOrder::recent);
 }
@@ -108,17 +108,17 @@ TEST_F(TimelineControllerTest, APendingCommandShowsFirstAndItsClearedCopyIsSched
     const WidgetCommand command("a", WidgetCommand::Action::stop, Uuid::random(), Date::now());
     store().enqueue(command);
     store().markPending(command);
-    TimelineController controller(Provider(), QuelmWidgetConfiguration(), WidgetFamily::systemMedium);
+    TimelineController controller(TimelineProvider(), QuelmWidgetConfiguration(), WidgetFamily::medium);
     controller.reload();
     ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry().has_value(); }));
-    EXPECT_EQ(controller.currentEntry()->pending, (Entry::Pending { { "a", WidgetCommand::Action::stop } }));
+    EXPECT_EQ(controller.currentEntry()->pending, (TimelineEntry::PendingActions { { "a", WidgetCommand::Action::stop } }));
 }
 
 TEST_F(TimelineControllerTest, WithoutAContainerTheWidgetHasNoAccess)
 {
     test::ScopedEnvironment data("XDG_DATA_HOME", std::nullopt);
     test::ScopedEnvironment home("HOME", std::nullopt);
-    TimelineController controller(Provider(), QuelmWidgetConfiguration(), WidgetFamily::systemMedium);
+    TimelineController controller(TimelineProvider(), QuelmWidgetConfiguration(), WidgetFamily::medium);
     controller.reload();
     ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry().has_value(); }));
     EXPECT_EQ(controller.currentEntry()->appStatus, SharedStore::AppStatus::noAccess);

@@ -1,4 +1,4 @@
-#include "TimelineSchedule.h"
+#include "Host/TimelineSchedule.h"
 
 #include <gtest/gtest.h>
 
@@ -10,9 +10,9 @@ namespace {
 
 constexpr Date made { 1'700'000'000 };
 
-Entry entryAt(Date date, Entry::Pending pending = {})
+TimelineEntry entryAt(Date date, TimelineEntry::PendingActions pending = {})
 {
-    Entry entry;
+    TimelineEntry entry;
     entry.date = date;
     entry.appStatus = SharedStore::AppStatus::running;
     entry.pending = std::move(pending);
@@ -23,7 +23,7 @@ Entry entryAt(Date date, Entry::Pending pending = {})
 Timeline providerTimeline(bool pending)
 {
     Timeline timeline;
-    timeline.entries.push_back(entryAt(made, pending ? Entry::Pending { { "c", WidgetCommand::Action::start } } : Entry::Pending {}));
+    timeline.entries.push_back(entryAt(made, pending ? TimelineEntry::PendingActions { { "c", WidgetCommand::Action::start } } : TimelineEntry::PendingActions {}));
     if (pending)
         timeline.entries.push_back(entryAt(made.addingSeconds(20)));
     timeline.reloadAfter = made.addingSeconds(1800);
@@ -120,13 +120,13 @@ TEST(TimelineSchedule, EntriesThatDifferOnlyInTheirDateShowTheSameState)
 {
     EXPECT_TRUE(showSameState(entryAt(made), entryAt(made.addingSeconds(30))));
     EXPECT_FALSE(showSameState(entryAt(made), entryAt(made, { { "c", WidgetCommand::Action::stop } })));
-    Entry recent = entryAt(made);
+    TimelineEntry recent = entryAt(made);
     recent.sortOrder = WidgetSortOrder::recent;
     EXPECT_FALSE(showSameState(entryAt(made), recent));
-    Entry closed = entryAt(made);
+    TimelineEntry closed = entryAt(made);
     closed.appStatus = SharedStore::AppStatus::notRunning;
     EXPECT_FALSE(showSameState(entryAt(made), closed));
-    Entry other = entryAt(made);
+    TimelineEntry other = entryAt(made);
     other.snapshot.items.push_back(WidgetItem { "x", "x", "node", true });
     EXPECT_FALSE(showSameState(entryAt(made), other));
 }

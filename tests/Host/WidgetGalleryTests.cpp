@@ -1,4 +1,4 @@
-#include "WidgetGallery.h"
+#include "Host/WidgetGallery.h"
 
 #include "HostTestSupport.h"
 
@@ -20,7 +20,7 @@ TEST_F(WidgetGalleryTest, OffersTheDeclaredFamiliesInOrder)
 {
     const QuelmWidgetBundle bundle;
     const WidgetGallery gallery(bundle.widget(), views::Palette());
-    EXPECT_EQ(gallery.families(), (std::vector { WidgetFamily::systemSmall, WidgetFamily::systemMedium, WidgetFamily::systemLarge, WidgetFamily::systemExtraLarge }));
+    EXPECT_EQ(gallery.families(), (std::vector { WidgetFamily::small, WidgetFamily::medium, WidgetFamily::large, WidgetFamily::extraLarge }));
     const auto buttons = gallery.findChildren<QToolButton*>();
     ASSERT_EQ(buttons.size(), 4);
     EXPECT_EQ(buttons[0]->text(), QStringLiteral("Pequeno"));
@@ -56,6 +56,6 @@ TEST_F(WidgetGalleryTest, ChoosingAPreviewPlacesThatFamily)
     QSignalSpy chosen(&gallery, &WidgetGallery::familyChosen);
     gallery.findChildren<QToolButton*>()[2]->click();
     ASSERT_EQ(chosen.count(), 1);
-    EXPECT_EQ(chosen.at(0).at(0).value<WidgetFamily>(), WidgetFamily::systemLarge);
+    EXPECT_EQ(chosen.at(0).at(0).value<WidgetFamily>(), WidgetFamily::large);
     EXPECT_FALSE(gallery.isVisible());
 }

@@ -1,7 +1,7 @@
-#include "WidgetWindow.h"
+#include "Host/WidgetWindow.h"
 
 #include "HostTestSupport.h"
-#include "QuelmWidgetBundle.h"
+#include "Widget/QuelmWidgetBundle.h"
 
 #include <gtest/gtest.h>
 
@@ -14,9 +14,9 @@ namespace {
 
 constexpr Date now { 1'700'000'000 };
 
-Entry entryWith(Entry::Pending pending = {})
+TimelineEntry entryWith(TimelineEntry::PendingActions pending = {})
 {
-    Entry entry;
+    TimelineEntry entry;
     entry.date = now;
     entry.appStatus = SharedStore::AppStatus::running;
     entry.snapshot.items = { WidgetItem { "db", "postgres", "database", false }, WidgetItem { "api", "api", "node", true } };
@@ -24,7 +24,7 @@ Entry entryWith(Entry::Pending pending = {})
     return entry;
 }
 
-views::RenderedWidget render(const Entry& entry, WidgetFamily family)
+views::RenderedWidget render(const TimelineEntry& entry, WidgetFamily family)
 {
     views::RenderOptions options;
     options.now = now;
@@ -50,7 +50,7 @@ protected:
 
 TEST_F(WidgetWindowTest, IsAFramelessTranslucentWindowBelowTheOthers)
 {
-    const WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
+    const WidgetWindow window(WidgetFamily::medium, views::Palette());
     EXPECT_TRUE(window.isWindow());
     EXPECT_TRUE(window.windowFlags() & Qt::FramelessWindowHint);
     EXPECT_TRUE(window.windowFlags() & Qt::WindowStaysOnBottomHint);
@@ -61,21 +61,21 @@ TEST_F(WidgetWindowTest, IsAFramelessTranslucentWindowBelowTheOthers)
 
 TEST_F(WidgetWindowTest, TakesItsFamilysSize)
 {
-    WidgetWindow window(WidgetFamily::systemSmall, views::Palette());
+    WidgetWindow window(WidgetFamily::small, views::Palette());
     EXPECT_EQ(window.size(), QSize(170, 170));
-    window.setFamily(WidgetFamily::systemMedium);
+    window.setFamily(WidgetFamily::medium);
     EXPECT_EQ(window.size(), QSize(364, 170));
-    window.setFamily(WidgetFamily::systemLarge);
+    window.setFamily(WidgetFamily::large);
     EXPECT_EQ(window.size(), QSize(364, 382));
-    window.setFamily(WidgetFamily::systemExtraLarge);
+    window.setFamily(WidgetFamily::extraLarge);
     EXPECT_EQ(window.size(), QSize(766, 382));
     EXPECT_EQ(window.minimumSize(), window.maximumSize());
 }
 
 TEST_F(WidgetWindowTest, AClickOnAButtonAsksForItsIntent)
 {
-    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
-    const auto rendered = render(entryWith(), WidgetFamily::systemMedium);
+    WidgetWindow window(WidgetFamily::medium, views::Palette());
+    const auto rendered = render(entryWith(), WidgetFamily::medium);
     window.setRendered(rendered, WidgetWindow::Transition::none);
     window.show();
     QSignalSpy clicked(&window, &WidgetWindow::actionClicked);
@@ -91,8 +91,8 @@ TEST_F(WidgetWindowTest, AClickOnAButtonAsksForItsIntent)
 
 TEST_F(WidgetWindowTest, AClickBesideTheButtonsOrWithAnotherButtonDoesNothing)
 {
-    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
-    const auto rendered = render(entryWith(), WidgetFamily::systemMedium);
+    WidgetWindow window(WidgetFamily::medium, views::Palette());
+    const auto rendered = render(entryWith(), WidgetFamily::medium);
     window.setRendered(rendered, WidgetWindow::Transition::none);
     window.show();
     QSignalSpy clicked(&window, &WidgetWindow::actionClicked);
@@ -103,8 +103,8 @@ TEST_F(WidgetWindowTest, AClickBesideTheButtonsOrWithAnotherButtonDoesNothing)
 
 TEST_F(WidgetWindowTest, ADragMovesTheWindowInsteadOfClicking)
 {
-    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
-    const auto rendered = render(entryWith(), WidgetFamily::systemMedium);
+    WidgetWindow window(WidgetFamily::medium, views::Palette());
+    const auto rendered = render(entryWith(), WidgetFamily::medium);
     window.setRendered(rendered, WidgetWindow::Transition::none);
     window.move(100, 100);
     window.show();
@@ -122,28 +122,28 @@ TEST_F(WidgetWindowTest, ADragMovesTheWindowInsteadOfClicking)
 
 TEST_F(WidgetWindowTest, AnotherStateFadesInAndTheFadeEnds)
 {
-    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
-    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    WidgetWindow window(WidgetFamily::medium, views::Palette());
+    window.setRendered(render(entryWith(), WidgetFamily::medium), WidgetWindow::Transition::none);
     window.show();
     EXPECT_FALSE(window.isAnimating());
-    window.setRendered(render(entryWith({ { "db", WidgetCommand::Action::start } }), WidgetFamily::systemMedium), WidgetWindow::Transition::crossFade);
+    window.setRendered(render(entryWith({ { "db", WidgetCommand::Action::start } }), WidgetFamily::medium), WidgetWindow::Transition::crossFade);
     EXPECT_TRUE(window.isAnimating());
     EXPECT_TRUE(test::waitFor([&] { return !window.isAnimating(); }));
 }
 
 TEST_F(WidgetWindowTest, ARedrawOfTheSameStateDoesNotAnimate)
 {
-    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
+    WidgetWindow window(WidgetFamily::medium, views::Palette());
     window.show();
-    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
-    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    window.setRendered(render(entryWith(), WidgetFamily::medium), WidgetWindow::Transition::none);
+    window.setRendered(render(entryWith(), WidgetFamily::medium), WidgetWindow::Transition::none);
     EXPECT_FALSE(window.isAnimating());
 }
 
 TEST_F(WidgetWindowTest, TheFirstRepaintShowingTheClickedItemBusyIsReported)
 {
-    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
-    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    WidgetWindow window(WidgetFamily::medium, views::Palette());
+    window.setRendered(render(entryWith(), WidgetFamily::medium), WidgetWindow::Transition::none);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
     QSignalSpy shown(&window, &WidgetWindow::pendingShown);
@@ -151,7 +151,7 @@ TEST_F(WidgetWindowTest, TheFirstRepaintShowingTheClickedItemBusyIsReported)
     window.repaint();
     EXPECT_EQ(shown.count(), 0);
 
-    window.setRendered(render(entryWith({ { "db", WidgetCommand::Action::start } }), WidgetFamily::systemMedium), WidgetWindow::Transition::crossFade);
+    window.setRendered(render(entryWith({ { "db", WidgetCommand::Action::start } }), WidgetFamily::medium), WidgetWindow::Transition::crossFade);
     window.repaint();
     ASSERT_EQ(shown.count(), 1);
     EXPECT_EQ(shown.at(0).at(0).toString(), QStringLiteral("db"));
@@ -162,7 +162,7 @@ TEST_F(WidgetWindowTest, TheFirstRepaintShowingTheClickedItemBusyIsReported)
 
 TEST_F(WidgetWindowTest, ANoticeShowsOverTheWidget)
 {
-    WidgetWindow window(WidgetFamily::systemSmall, views::Palette());
+    WidgetWindow window(WidgetFamily::small, views::Palette());
     window.show();
     EXPECT_FALSE(window.hasNotice());
     window.showNotice(QStringLiteral("Não foi possível enviar o pedido."));
@@ -173,14 +173,14 @@ TEST_F(WidgetWindowTest, ANoticeShowsOverTheWidget)
 TEST_F(WidgetWindowTest, AButtonChangingItsSymbolIsReplacedAndTheAnimationEndsOnTheNewRender)
 {
     const views::Palette palette;
-    WidgetWindow window(WidgetFamily::systemMedium, palette);
-    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    WidgetWindow window(WidgetFamily::medium, palette);
+    window.setRendered(render(entryWith(), WidgetFamily::medium), WidgetWindow::Transition::none);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
     EXPECT_TRUE(window.transitionPlan().isEmpty());
 
     // A pending start shows the stopped item's stop symbol at once; nothing else changes its symbol.
-    const auto next = render(entryWith({ { "db", WidgetCommand::Action::start } }), WidgetFamily::systemMedium);
+    const auto next = render(entryWith({ { "db", WidgetCommand::Action::start } }), WidgetFamily::medium);
     window.setRendered(next, WidgetWindow::Transition::crossFade);
     ASSERT_TRUE(window.isAnimating());
     const auto& regions = window.transitionPlan().regions();
@@ -205,14 +205,14 @@ TEST_F(WidgetWindowTest, AButtonChangingItsSymbolIsReplacedAndTheAnimationEndsOn
 
 TEST_F(WidgetWindowTest, AChangedCountRollsWhileTheRestFades)
 {
-    WidgetWindow window(WidgetFamily::systemMedium, views::Palette());
-    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    WidgetWindow window(WidgetFamily::medium, views::Palette());
+    window.setRendered(render(entryWith(), WidgetFamily::medium), WidgetWindow::Transition::none);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
 
-    Entry more = entryWith();
+    TimelineEntry more = entryWith();
     more.snapshot.items.at(0).isRunning = true;
-    window.setRendered(render(more, WidgetFamily::systemMedium), WidgetWindow::Transition::crossFade);
+    window.setRendered(render(more, WidgetFamily::medium), WidgetWindow::Transition::crossFade);
     ASSERT_TRUE(window.isAnimating());
     int rolls = 0;
     for (const auto& region : window.transitionPlan().regions()) {
@@ -225,7 +225,7 @@ TEST_F(WidgetWindowTest, AChangedCountRollsWhileTheRestFades)
     window.repaint();
 
     // Another render while it plays starts again from what is shown now.
-    window.setRendered(render(entryWith(), WidgetFamily::systemMedium), WidgetWindow::Transition::none);
+    window.setRendered(render(entryWith(), WidgetFamily::medium), WidgetWindow::Transition::none);
     EXPECT_FALSE(window.isAnimating());
     EXPECT_TRUE(window.transitionPlan().isEmpty());
 }

@@ -5,7 +5,7 @@
 //
 // QUELM_STRESS_TOGGLES sets the taps in all (default 2000; scripts/stress.sh runs 10000).
 
-#include "ToggleItemIntent.h"
+#include "Intent/ToggleItemIntent.h"
 
 #include <quelm/NotificationObserver.h>
 #include <quelm/SharedConstants.h>

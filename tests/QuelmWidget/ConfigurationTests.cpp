@@ -1,7 +1,7 @@
-#include "Entry.h"
-#include "Provider.h"
-#include "QuelmWidgetConfiguration.h"
-#include "WidgetSortOrder.h"
+#include "Timeline/TimelineEntry.h"
+#include "Timeline/TimelineProvider.h"
+#include "Widget/QuelmWidgetConfiguration.h"
+#include "Widget/WidgetSortOrder.h"
 
 #include <gtest/gtest.h>
 
@@ -37,18 +37,8 @@ TEST(QuelmWidgetConfiguration, SortOrderParameterIsOrdenarPorWithCategoryByDefau
     EXPECT_EQ(parameter.name, "sortOrder");
     EXPECT_EQ(parameter.title, "Ordenar por");
     EXPECT_EQ(parameter.defaultValue, WidgetSortOrder::category);
-    EXPECT_FALSE(parameter.description.has_value());
-    EXPECT_FALSE(parameter.dialog.has_value());
     EXPECT_EQ(std::vector<WidgetSortOrder>(parameter.options.begin(), parameter.options.end()),
         (std::vector<WidgetSortOrder> { WidgetSortOrder::category, WidgetSortOrder::recent }));
-}
-
-TEST(QuelmWidgetConfiguration, PerformDoesNothingAndIsDiscoverableByDefault)
-{
-    const QuelmWidgetConfiguration configuration(WidgetSortOrder::recent);
-    configuration.perform();
-    EXPECT_EQ(configuration.sortOrder, WidgetSortOrder::recent);
-    EXPECT_TRUE(QuelmWidgetConfiguration::isDiscoverable);
 }
 
 TEST(WidgetSortOrder, RawValues)
@@ -95,9 +85,9 @@ TEST(WidgetSortOrder, ComparesAndHashesByCase)
 
 TEST(QuelmWidgetConfiguration, ReachesTheEntryThroughThePreview)
 {
-    const Provider provider;
-    EXPECT_EQ(provider.snapshot(QuelmWidgetConfiguration(), { WidgetFamily::systemSmall, true }).sortOrder, WidgetSortOrder::category);
-    EXPECT_EQ(provider.snapshot(QuelmWidgetConfiguration(WidgetSortOrder::recent), { WidgetFamily::systemSmall, true }).sortOrder,
+    const TimelineProvider provider;
+    EXPECT_EQ(provider.snapshot(QuelmWidgetConfiguration(), { WidgetFamily::small, true }).sortOrder, WidgetSortOrder::category);
+    EXPECT_EQ(provider.snapshot(QuelmWidgetConfiguration(WidgetSortOrder::recent), { WidgetFamily::small, true }).sortOrder,
         WidgetSortOrder::recent);
     EXPECT_EQ(provider.placeholder({}).sortOrder, WidgetSortOrder::category);
 }

@@ -1,4 +1,4 @@
-#include "FamilyComposition.h"
+#include "Layout/FamilyComposition.h"
 
 #include <gtest/gtest.h>
 

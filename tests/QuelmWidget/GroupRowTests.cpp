@@ -1,4 +1,4 @@
-#include "GroupRow.h"
+#include "Rows/GroupRow.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "ItemColumns.h"
+#include "Layout/ItemColumns.h"
 
 #include <gtest/gtest.h>
 

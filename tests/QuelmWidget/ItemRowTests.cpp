@@ -1,6 +1,6 @@
-#include "ItemRow.h"
+#include "Rows/ItemRow.h"
 
-#include "WidgetGlyph.h"
+#include "Look/WidgetGlyph.h"
 
 #include <gtest/gtest.h>
 

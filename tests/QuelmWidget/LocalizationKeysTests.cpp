@@ -1,14 +1,14 @@
-#include "FamilyComposition.h"
-#include "GroupRow.h"
-#include "ItemRow.h"
-#include "LocalizationKeys.h"
-#include "QuelmMarkLabel.h"
-#include "QuelmWidgetConfiguration.h"
-#include "SessionRow.h"
-#include "ToggleItemIntent.h"
-#include "WidgetContent.h"
-#include "WidgetHeader.h"
-#include "WidgetSortOrder.h"
+#include "Layout/FamilyComposition.h"
+#include "Rows/GroupRow.h"
+#include "Rows/ItemRow.h"
+#include "Text/LocalizationKeys.h"
+#include "Text/QuelmMarkLabel.h"
+#include "Widget/QuelmWidgetConfiguration.h"
+#include "Rows/SessionRow.h"
+#include "Intent/ToggleItemIntent.h"
+#include "Layout/WidgetContent.h"
+#include "Rows/WidgetHeader.h"
+#include "Widget/WidgetSortOrder.h"
 
 #include <gtest/gtest.h>
 
@@ -172,7 +172,7 @@ TEST(LocalizationKeysTests, EveryTextTheRulesProduceIsAKey)
     std::vector<std::string> produced;
 
     for (const auto status : { SharedStore::AppStatus::notRunning, SharedStore::AppStatus::noAccess, SharedStore::AppStatus::running }) {
-        if (const auto message = WidgetContent::choose(status, WidgetSnapshot::empty, WidgetFamily::systemSmall).message()) {
+        if (const auto message = WidgetContent::choose(status, WidgetSnapshot::empty, WidgetFamily::small).message()) {
             produced.push_back(message->title.key);
             if (message->subtitle)
                 produced.push_back(message->subtitle->key);

@@ -1,4 +1,4 @@
-#include "LocalizedText.h"
+#include "Text/LocalizedText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "Entry.h"
-#include "QuelmWidgetBundle.h"
-#include "TimelineContext.h"
-#include "WidgetContent.h"
+#include "Timeline/TimelineEntry.h"
+#include "Widget/QuelmWidgetBundle.h"
+#include "Timeline/TimelineContext.h"
+#include "Layout/WidgetContent.h"
 
 #include <quelm/SharedConstants.h>
 
@@ -14,20 +14,31 @@ using namespace quelm;
 
 namespace {
 
-Entry runningEntry()
+TimelineEntry runningEntry()
 {
-    Entry entry = Entry::sample();
+    TimelineEntry entry = TimelineEntry::sample();
     entry.appStatus = SharedStore::AppStatus::running;
     return entry;
 }
 
 }
 
-TEST(QuelmWidgetBundle, HoldsExactlyOneWidget)
+TEST(WidgetFamily, SizesInPoints)
 {
-    const QuelmWidgetBundle bundle;
-    ASSERT_EQ(bundle.body().size(), 1u);
-    EXPECT_EQ(&bundle.body()[0], &bundle.widget());
+    EXPECT_EQ(familySize(WidgetFamily::small), (WidgetSize { 170, 170 }));
+    EXPECT_EQ(familySize(WidgetFamily::medium), (WidgetSize { 364, 170 }));
+    EXPECT_EQ(familySize(WidgetFamily::large), (WidgetSize { 364, 382 }));
+    EXPECT_EQ(familySize(WidgetFamily::extraLarge), (WidgetSize { 766, 382 }));
+    EXPECT_EQ(widgetCornerRadius, 22);
+    EXPECT_EQ(widgetContentMargin, 16);
+}
+
+TEST(WidgetFamily, NamesAndTheNamesOfEarlierVersions)
+{
+    EXPECT_EQ(rawValue(WidgetFamily::extraLarge), "extraLarge");
+    EXPECT_EQ(parseWidgetFamily("medium"), WidgetFamily::medium);
+    EXPECT_EQ(parseWidgetFamily("systemMedium"), WidgetFamily::medium);
+    EXPECT_EQ(parseWidgetFamily("Medium"), std::nullopt);
 }
 
 TEST(QuelmWidgetBundle, TheWidgetRegistersUnderTheSharedKind)
@@ -45,7 +56,7 @@ TEST(QuelmWidgetBundle, NamesAndDescription)
 TEST(QuelmWidgetBundle, OffersExactlyTheFourFamiliesInOrder)
 {
     const std::vector<WidgetFamily> families(QuelmWidget::supportedFamilies.begin(), QuelmWidget::supportedFamilies.end());
-    EXPECT_EQ(families, (std::vector { WidgetFamily::systemSmall, WidgetFamily::systemMedium, WidgetFamily::systemLarge, WidgetFamily::systemExtraLarge }));
+    EXPECT_EQ(families, (std::vector { WidgetFamily::small, WidgetFamily::medium, WidgetFamily::large, WidgetFamily::extraLarge }));
     for (const WidgetFamily family : families)
         EXPECT_TRUE(QuelmWidget::supports(family));
     EXPECT_FALSE(QuelmWidget::supports(static_cast<WidgetFamily>(7)));
@@ -60,10 +71,10 @@ TEST(QuelmWidgetBundle, TheConfigurationIntentIsQuelmWidgetConfigurationAtItsDef
 
 TEST(QuelmWidgetBundle, TheProviderAnswersWithTheConfiguredSortOrder)
 {
-    const QuelmWidgetBundle bundle(Provider([] { return Date(1'700'000'000); }));
-    const Entry preview = bundle.widget().provider.snapshot(QuelmWidgetConfiguration(WidgetSortOrder::recent),
-        TimelineContext { WidgetFamily::systemMedium, true });
-    EXPECT_EQ(preview.snapshot, Entry::sample().snapshot);
+    const QuelmWidgetBundle bundle(TimelineProvider([] { return Date(1'700'000'000); }));
+    const TimelineEntry preview = bundle.widget().provider.snapshot(QuelmWidgetConfiguration(WidgetSortOrder::recent),
+        TimelineContext { WidgetFamily::medium, true });
+    EXPECT_EQ(preview.snapshot, TimelineEntry::sample().snapshot);
     EXPECT_EQ(preview.sortOrder, WidgetSortOrder::recent);
 }
 
@@ -71,12 +82,12 @@ TEST(QuelmWidgetBundle, TheViewOfEachDeclaredFamilyTakesThatFamily)
 {
     const QuelmWidgetBundle bundle;
     const QuelmWidget& widget = bundle.widget();
-    const Entry entry = runningEntry();
+    const TimelineEntry entry = runningEntry();
     const std::pair<WidgetFamily, WidgetContent::Kind> expected[] = {
-        { WidgetFamily::systemSmall, WidgetContent::Kind::small },
-        { WidgetFamily::systemMedium, WidgetContent::Kind::medium },
-        { WidgetFamily::systemLarge, WidgetContent::Kind::large },
-        { WidgetFamily::systemExtraLarge, WidgetContent::Kind::extraLarge },
+        { WidgetFamily::small, WidgetContent::Kind::small },
+        { WidgetFamily::medium, WidgetContent::Kind::medium },
+        { WidgetFamily::large, WidgetContent::Kind::large },
+        { WidgetFamily::extraLarge, WidgetContent::Kind::extraLarge },
     };
     for (const auto& [family, kind] : expected) {
         const WidgetView view = widget.content(entry, family);
@@ -89,13 +100,13 @@ TEST(QuelmWidgetBundle, TheViewOfEachDeclaredFamilyTakesThatFamily)
 TEST(QuelmWidgetBundle, AViewAskedForAnotherFamilyShowsTheLargeLayout)
 {
     const WidgetView view = QuelmWidgetBundle().widget().content(runningEntry(), static_cast<WidgetFamily>(42));
-    EXPECT_EQ(view.family, WidgetFamily::systemLarge);
+    EXPECT_EQ(view.family, WidgetFamily::large);
     EXPECT_EQ(view.content.kind, WidgetContent::Kind::large);
 }
 
 TEST(QuelmWidgetBundle, AViewOfAnotherFamilyStillShowsTheAppStatusMessage)
 {
-    Entry entry = runningEntry();
+    TimelineEntry entry = runningEntry();
     entry.appStatus = SharedStore::AppStatus::notRunning;
     EXPECT_EQ(QuelmWidget::view(entry, static_cast<WidgetFamily>(42)).content.kind, WidgetContent::Kind::closedMessage);
 }

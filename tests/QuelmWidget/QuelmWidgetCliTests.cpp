@@ -237,7 +237,7 @@ TEST_F(QuelmWidgetCli, TimelineWithoutPendingHasOneEntrySortedByCategoryByDefaul
 {
     const Date now = Date::now();
     store().writeSnapshot(sampleSnapshot(now));
-    const auto result = run({ "timeline", "--family", "systemSmall" });
+    const auto result = run({ "timeline", "--family", "small" });
     ASSERT_EQ(result.status, 0) << result.err;
     const json document = json::parse(result.out);
     ASSERT_EQ(document["entries"].size(), 1u);
@@ -301,7 +301,7 @@ TEST_F(QuelmWidgetCli, LayoutOfASnapshotFile)
     document = json::parse(result.out);
     EXPECT_EQ(idsOf(document["items"]), (Ids { "svc2", "svc10", "web", "stopped" }));
 
-    result = run({ "layout", "--family", "systemSmall", "--snapshot", (directory / "snapshot.json").string() });
+    result = run({ "layout", "--family", "small", "--snapshot", (directory / "snapshot.json").string() });
     ASSERT_EQ(result.status, 0) << result.err;
     document = json::parse(result.out);
     EXPECT_EQ(idsOf(document["sessions"]), (Ids { "a" }));

@@ -1,4 +1,4 @@
-#include "RelativeTime.h"
+#include "Text/RelativeTime.h"
 
 #include <gtest/gtest.h>
 

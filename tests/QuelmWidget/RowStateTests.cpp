@@ -1,5 +1,5 @@
-#include "RowState.h"
-#include "ToggleButton.h"
+#include "Rows/RowState.h"
+#include "Rows/ToggleButton.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "SessionRow.h"
+#include "Rows/SessionRow.h"
 
 #include <gtest/gtest.h>
 

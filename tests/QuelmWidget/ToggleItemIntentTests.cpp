@@ -1,4 +1,4 @@
-#include "ToggleItemIntent.h"
+#include "Intent/ToggleItemIntent.h"
 
 #include <quelm/NotificationObserver.h>
 #include <quelm/SharedConstants.h>
@@ -110,7 +110,6 @@ private:
 TEST(ToggleItemIntentSettingsTests, DescribeTheIntentForTheHost)
 {
     EXPECT_EQ(ToggleItemIntent::title, "Iniciar ou parar item");
-    EXPECT_FALSE(ToggleItemIntent::isDiscoverable);
     ASSERT_EQ(ToggleItemIntent::parameters.size(), 2u);
     EXPECT_EQ(ToggleItemIntent::parameters[0], (IntentParameter { "itemID", "Item" }));
     EXPECT_EQ(ToggleItemIntent::parameters[1], (IntentParameter { "start", "Iniciar" }));

@@ -1,4 +1,4 @@
-#include "WidgetContent.h"
+#include "Layout/WidgetContent.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@ using AppStatus = SharedStore::AppStatus;
 using Kind = WidgetContent::Kind;
 
 constexpr WidgetFamily families[] = {
-    WidgetFamily::systemSmall, WidgetFamily::systemMedium, WidgetFamily::systemLarge, WidgetFamily::systemExtraLarge
+    WidgetFamily::small, WidgetFamily::medium, WidgetFamily::large, WidgetFamily::extraLarge
 };
 
 WidgetSnapshot fullSnapshot()
@@ -62,26 +62,26 @@ TEST(WidgetContentTests, GroupsAloneShowNothingRunning)
 {
     WidgetSnapshot snapshot;
     snapshot.groups = { WidgetGroup("group:g", "G", 3, 3, true) };
-    EXPECT_EQ(WidgetContent::choose(AppStatus::running, snapshot, WidgetFamily::systemLarge).kind, Kind::nothingRunning);
+    EXPECT_EQ(WidgetContent::choose(AppStatus::running, snapshot, WidgetFamily::large).kind, Kind::nothingRunning);
 }
 
 TEST(WidgetContentTests, StoppedItemsOrSessionsAloneShowTheLayout)
 {
     WidgetSnapshot items;
     items.items = { WidgetItem { "a", "A", "node", false } };
-    EXPECT_EQ(WidgetContent::choose(AppStatus::running, items, WidgetFamily::systemSmall).kind, Kind::small);
+    EXPECT_EQ(WidgetContent::choose(AppStatus::running, items, WidgetFamily::small).kind, Kind::small);
     WidgetSnapshot sessions;
     sessions.sessions = { WidgetSession { "s", "S", "p", WidgetSession::State::working } };
-    EXPECT_EQ(WidgetContent::choose(AppStatus::running, sessions, WidgetFamily::systemSmall).kind, Kind::small);
+    EXPECT_EQ(WidgetContent::choose(AppStatus::running, sessions, WidgetFamily::small).kind, Kind::small);
 }
 
 TEST(WidgetContentTests, RunningPicksTheFamilyLayout)
 {
     const WidgetSnapshot snapshot = fullSnapshot();
-    EXPECT_EQ(WidgetContent::choose(AppStatus::running, snapshot, WidgetFamily::systemSmall).kind, Kind::small);
-    EXPECT_EQ(WidgetContent::choose(AppStatus::running, snapshot, WidgetFamily::systemMedium).kind, Kind::medium);
-    EXPECT_EQ(WidgetContent::choose(AppStatus::running, snapshot, WidgetFamily::systemLarge).kind, Kind::large);
-    EXPECT_EQ(WidgetContent::choose(AppStatus::running, snapshot, WidgetFamily::systemExtraLarge).kind, Kind::extraLarge);
+    EXPECT_EQ(WidgetContent::choose(AppStatus::running, snapshot, WidgetFamily::small).kind, Kind::small);
+    EXPECT_EQ(WidgetContent::choose(AppStatus::running, snapshot, WidgetFamily::medium).kind, Kind::medium);
+    EXPECT_EQ(WidgetContent::choose(AppStatus::running, snapshot, WidgetFamily::large).kind, Kind::large);
+    EXPECT_EQ(WidgetContent::choose(AppStatus::running, snapshot, WidgetFamily::extraLarge).kind, Kind::extraLarge);
     for (const Kind kind : { Kind::small, Kind::medium, Kind::large, Kind::extraLarge }) {
         EXPECT_FALSE(WidgetContent { kind }.isMessage());
         EXPECT_FALSE(WidgetContent { kind }.message().has_value());

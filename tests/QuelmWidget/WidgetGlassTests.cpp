@@ -1,6 +1,6 @@
-#include "WidgetGlass.h"
+#include "Look/WidgetGlass.h"
 
-#include "WidgetGlyph.h"
+#include "Look/WidgetGlyph.h"
 
 #include <gtest/gtest.h>
 

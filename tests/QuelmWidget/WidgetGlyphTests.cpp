@@ -1,4 +1,4 @@
-#include "WidgetGlyph.h"
+#include "Look/WidgetGlyph.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "QuelmMarkLabel.h"
-#include "WidgetHeader.h"
+#include "Text/QuelmMarkLabel.h"
+#include "Rows/WidgetHeader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "TitleCollator.h"
-#include "WidgetFamily.h"
-#include "WidgetGlyph.h"
-#include "WidgetLayout.h"
-#include "WidgetSortOrder.h"
+#include "Layout/TitleCollator.h"
+#include "Widget/WidgetFamily.h"
+#include "Look/WidgetGlyph.h"
+#include "Layout/WidgetLayout.h"
+#include "Widget/WidgetSortOrder.h"
 
 #include "TestSupport.h"
 
@@ -22,10 +22,10 @@ using State = WidgetSession::State;
 namespace {
 
 constexpr std::array allFamilies {
-    WidgetFamily::systemSmall,
-    WidgetFamily::systemMedium,
-    WidgetFamily::systemLarge,
-    WidgetFamily::systemExtraLarge,
+    WidgetFamily::small,
+    WidgetFamily::medium,
+    WidgetFamily::large,
+    WidgetFamily::extraLarge,
 };
 
 WidgetItem item(std::string id, std::string title = {}, std::string category = "node", bool running = true,
@@ -75,7 +75,7 @@ std::vector<std::string> sortedIDs(std::vector<WidgetItem> items, WidgetSortOrde
     WidgetSnapshot snapshot;
     snapshot.items = std::move(items);
     // Extra large without sessions and groups shows up to 14 items.
-    return ids(WidgetLayout(snapshot, WidgetFamily::systemExtraLarge, order).items);
+    return ids(WidgetLayout(snapshot, WidgetFamily::extraLarge, order).items);
 }
 
 using Ids = std::vector<std::string>;
@@ -118,7 +118,7 @@ TEST_F(WidgetLayoutTest, AnEmptySnapshotGivesThreeEmptyListsForEveryFamily)
 
 TEST_F(WidgetLayoutTest, SmallWithTwoSessionsNeedingApprovalFiveGroupsAndFourItems)
 {
-    const WidgetLayout layout(snapshotOf(2, 5, 4, State::needsApproval), WidgetFamily::systemSmall, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(2, 5, 4, State::needsApproval), WidgetFamily::small, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.sessions), (Ids { "s1" }));
     EXPECT_EQ(ids(layout.groups), (Ids { "group:1", "group:2" }));
     EXPECT_TRUE(layout.items.empty());
@@ -126,7 +126,7 @@ TEST_F(WidgetLayoutTest, SmallWithTwoSessionsNeedingApprovalFiveGroupsAndFourIte
 
 TEST_F(WidgetLayoutTest, SmallWithOnlyWorkingSessionsShowsNoSessionAndThreeSlots)
 {
-    const WidgetLayout layout(snapshotOf(3, 1, 4, State::working), WidgetFamily::systemSmall, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(3, 1, 4, State::working), WidgetFamily::small, WidgetSortOrder::category);
     EXPECT_TRUE(layout.sessions.empty());
     EXPECT_EQ(ids(layout.groups), (Ids { "group:1" }));
     EXPECT_EQ(ids(layout.items), (Ids { "i1", "i2" }));
@@ -134,7 +134,7 @@ TEST_F(WidgetLayoutTest, SmallWithOnlyWorkingSessionsShowsNoSessionAndThreeSlots
 
 TEST_F(WidgetLayoutTest, SmallDoesNotCountWaitingForInputAsAttention)
 {
-    const WidgetLayout layout(snapshotOf(2, 0, 5, State::waitingForInput), WidgetFamily::systemSmall, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(2, 0, 5, State::waitingForInput), WidgetFamily::small, WidgetSortOrder::category);
     EXPECT_TRUE(layout.sessions.empty());
     EXPECT_EQ(ids(layout.items), (Ids { "i1", "i2", "i3" }));
 }
@@ -144,14 +144,14 @@ TEST_F(WidgetLayoutTest, SmallShowsTheFirstSessionNeedingApprovalWhereverItIs)
     WidgetSnapshot snapshot = snapshotOf(0, 0, 5);
     snapshot.sessions = { session("w", State::working), session("q", State::waitingForInput),
         session("a1", State::needsApproval), session("a2", State::needsApproval) };
-    const WidgetLayout layout(snapshot, WidgetFamily::systemSmall, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshot, WidgetFamily::small, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.sessions), (Ids { "a1" }));
     EXPECT_EQ(ids(layout.items), (Ids { "i1", "i2" }));
 }
 
 TEST_F(WidgetLayoutTest, SmallGroupsAreUnlimitedAndCrowdOutItems)
 {
-    const WidgetLayout layout(snapshotOf(0, 5, 4), WidgetFamily::systemSmall, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(0, 5, 4), WidgetFamily::small, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.groups), (Ids { "group:1", "group:2", "group:3" }));
     EXPECT_TRUE(layout.items.empty());
 }
@@ -161,7 +161,7 @@ TEST_F(WidgetLayoutTest, MediumWithFiveSessionsOneGroupAndSixItems)
     WidgetSnapshot snapshot = snapshotOf(5, 1, 6);
     snapshot.sessions[0].state = State::needsApproval;
     snapshot.sessions[2].state = State::waitingForInput;
-    const WidgetLayout layout(snapshot, WidgetFamily::systemMedium, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshot, WidgetFamily::medium, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.sessions), (Ids { "s1", "s2", "s3" }));
     EXPECT_EQ(ids(layout.groups), (Ids { "group:1" }));
     EXPECT_EQ(ids(layout.items), (Ids { "i1", "i2", "i3" }));
@@ -169,21 +169,21 @@ TEST_F(WidgetLayoutTest, MediumWithFiveSessionsOneGroupAndSixItems)
 
 TEST_F(WidgetLayoutTest, MediumSessionsDoNotShrinkItsFourSlots)
 {
-    const WidgetLayout layout(snapshotOf(3, 0, 6), WidgetFamily::systemMedium, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(3, 0, 6), WidgetFamily::medium, WidgetSortOrder::category);
     EXPECT_EQ(layout.sessions.size(), 3u);
     EXPECT_EQ(ids(layout.items), (Ids { "i1", "i2", "i3", "i4" }));
 }
 
 TEST_F(WidgetLayoutTest, MediumGroupsAreUnlimited)
 {
-    const WidgetLayout layout(snapshotOf(1, 6, 6), WidgetFamily::systemMedium, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(1, 6, 6), WidgetFamily::medium, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.groups), (Ids { "group:1", "group:2", "group:3", "group:4" }));
     EXPECT_TRUE(layout.items.empty());
 }
 
 TEST_F(WidgetLayoutTest, LargeWithOneSessionFourGroupsAndTenItems)
 {
-    const WidgetLayout layout(snapshotOf(1, 4, 10), WidgetFamily::systemLarge, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(1, 4, 10), WidgetFamily::large, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.sessions), (Ids { "s1" }));
     EXPECT_EQ(ids(layout.groups), (Ids { "group:1", "group:2" }));
     EXPECT_EQ(ids(layout.items), (Ids { "i1", "i2", "i3", "i4" }));
@@ -193,7 +193,7 @@ TEST_F(WidgetLayoutTest, LargeShowsTwoSessionsOfAnyStateAndCountsThem)
 {
     WidgetSnapshot snapshot = snapshotOf(4, 0, 10);
     snapshot.sessions[1].state = State::needsApproval;
-    const WidgetLayout layout(snapshot, WidgetFamily::systemLarge, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshot, WidgetFamily::large, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.sessions), (Ids { "s1", "s2" }));
     EXPECT_TRUE(layout.groups.empty());
     EXPECT_EQ(layout.items.size(), 5u);
@@ -201,7 +201,7 @@ TEST_F(WidgetLayoutTest, LargeShowsTwoSessionsOfAnyStateAndCountsThem)
 
 TEST_F(WidgetLayoutTest, LargeWithoutSessionsHasSevenSlots)
 {
-    const WidgetLayout layout(snapshotOf(0, 1, 10), WidgetFamily::systemLarge, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(0, 1, 10), WidgetFamily::large, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.groups), (Ids { "group:1" }));
     EXPECT_EQ(ids(layout.items), (Ids { "i1", "i2", "i3", "i4", "i5", "i6" }));
 }
@@ -210,12 +210,12 @@ TEST_F(WidgetLayoutTest, AnyOtherFamilyGetsTheLargeLayout)
 {
     const auto snapshot = snapshotOf(3, 4, 10);
     const WidgetLayout other(snapshot, static_cast<WidgetFamily>(42), WidgetSortOrder::category);
-    EXPECT_EQ(other, WidgetLayout(snapshot, WidgetFamily::systemLarge, WidgetSortOrder::category));
+    EXPECT_EQ(other, WidgetLayout(snapshot, WidgetFamily::large, WidgetSortOrder::category));
 }
 
 TEST_F(WidgetLayoutTest, ExtraLargeAloneWithItemsShowsFourteen)
 {
-    const WidgetLayout layout(snapshotOf(0, 0, 20), WidgetFamily::systemExtraLarge, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(0, 0, 20), WidgetFamily::extraLarge, WidgetSortOrder::category);
     EXPECT_TRUE(layout.sessions.empty());
     EXPECT_TRUE(layout.groups.empty());
     ASSERT_EQ(layout.items.size(), 14u);
@@ -225,21 +225,21 @@ TEST_F(WidgetLayoutTest, ExtraLargeAloneWithItemsShowsFourteen)
 
 TEST_F(WidgetLayoutTest, ExtraLargeWithOneGroupShowsSevenItems)
 {
-    const WidgetLayout layout(snapshotOf(0, 1, 20), WidgetFamily::systemExtraLarge, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(0, 1, 20), WidgetFamily::extraLarge, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.groups), (Ids { "group:1" }));
     EXPECT_EQ(ids(layout.items), (Ids { "i1", "i2", "i3", "i4", "i5", "i6", "i7" }));
 }
 
 TEST_F(WidgetLayoutTest, ExtraLargeWithOneSessionShowsSevenItems)
 {
-    const WidgetLayout layout(snapshotOf(1, 0, 20), WidgetFamily::systemExtraLarge, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(1, 0, 20), WidgetFamily::extraLarge, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.sessions), (Ids { "s1" }));
     EXPECT_EQ(layout.items.size(), 7u);
 }
 
 TEST_F(WidgetLayoutTest, ExtraLargeCapsSessionsGroupsAndItemsSeparately)
 {
-    const WidgetLayout layout(snapshotOf(6, 5, 20), WidgetFamily::systemExtraLarge, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(6, 5, 20), WidgetFamily::extraLarge, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.sessions), (Ids { "s1", "s2", "s3", "s4" }));
     EXPECT_EQ(ids(layout.groups), (Ids { "group:1", "group:2", "group:3" }));
     EXPECT_EQ(layout.items.size(), 7u);
@@ -247,7 +247,7 @@ TEST_F(WidgetLayoutTest, ExtraLargeCapsSessionsGroupsAndItemsSeparately)
 
 TEST_F(WidgetLayoutTest, ExtraLargeWithFewItemsShowsThemAll)
 {
-    const WidgetLayout layout(snapshotOf(0, 0, 3), WidgetFamily::systemExtraLarge, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshotOf(0, 0, 3), WidgetFamily::extraLarge, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.items), (Ids { "i1", "i2", "i3" }));
 }
 
@@ -256,7 +256,7 @@ TEST_F(WidgetLayoutTest, SessionsAndGroupsKeepSnapshotOrder)
     WidgetSnapshot snapshot = snapshotOf(0, 0, 0);
     snapshot.sessions = { session("zeta"), session("alpha"), session("mid") };
     snapshot.groups = { group("z"), group("a") };
-    const WidgetLayout layout(snapshot, WidgetFamily::systemMedium, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshot, WidgetFamily::medium, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.sessions), (Ids { "zeta", "alpha", "mid" }));
     EXPECT_EQ(ids(layout.groups), (Ids { "group:z", "group:a" }));
 }
@@ -266,7 +266,7 @@ TEST_F(WidgetLayoutTest, ItemsAreTheSortedHeadNotTheSnapshotHead)
     WidgetSnapshot snapshot;
     snapshot.items = { item("stopped1", "a", "node", false), item("stopped2", "b", "node", false),
         item("run-server", "c", "server", true), item("run-node", "d", "node", true) };
-    const WidgetLayout layout(snapshot, WidgetFamily::systemSmall, WidgetSortOrder::category);
+    const WidgetLayout layout(snapshot, WidgetFamily::small, WidgetSortOrder::category);
     EXPECT_EQ(ids(layout.items), (Ids { "run-node", "run-server", "stopped1" }));
 }
 
@@ -275,7 +275,7 @@ TEST_F(WidgetLayoutTest, KeepsWholeRecords)
     WidgetSnapshot snapshot = snapshotOf(1, 1, 0, State::needsApproval);
     snapshot.items = { WidgetItem { "x", "X", "docker", true, WidgetItem::Transition::stopping, 80, Date(5) } };
     snapshot.groups[0] = WidgetGroup("group:g", "G", 3, 3, true, WidgetItem::Transition::starting);
-    const WidgetLayout layout(snapshot, WidgetFamily::systemLarge, WidgetSortOrder::recent);
+    const WidgetLayout layout(snapshot, WidgetFamily::large, WidgetSortOrder::recent);
     EXPECT_EQ(layout.items, snapshot.items);
     EXPECT_EQ(layout.groups, snapshot.groups);
     EXPECT_EQ(layout.sessions, snapshot.sessions);
@@ -463,13 +463,13 @@ TEST_F(WidgetLayoutTest, AgreesWithAStableSortByOrderOnRandomSnapshots)
 TEST_F(WidgetLayoutTest, LayoutsCanBeComputedOnSeveralThreadsAtOnce)
 {
     const auto snapshot = snapshotOf(2, 2, 200);
-    const WidgetLayout expected(snapshot, WidgetFamily::systemExtraLarge, WidgetSortOrder::category);
+    const WidgetLayout expected(snapshot, WidgetFamily::extraLarge, WidgetSortOrder::category);
     std::vector<std::thread> threads;
     std::vector<int> mismatches(4, 0);
     for (std::size_t t = 0; t < mismatches.size(); ++t) {
         threads.emplace_back([&, t] {
             for (int i = 0; i < 50; ++i) {
-                if (!(WidgetLayout(snapshot, WidgetFamily::systemExtraLarge, WidgetSortOrder::category) == expected))
+                if (!(WidgetLayout(snapshot, WidgetFamily::extraLarge, WidgetSortOrder::category) == expected))
                     ++mismatches[t];
             }
         });

@@ -1,4 +1,4 @@
-#include "WidgetLocalization.h"
+#include "Text/WidgetLocalization.h"
 
 #include <gtest/gtest.h>
 

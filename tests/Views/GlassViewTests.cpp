@@ -1,7 +1,7 @@
 #include "ViewsTestSupport.h"
 
-#include "GlassView.h"
-#include "SymbolImages.h"
+#include "Views/GlassView.h"
+#include "Views/SymbolImages.h"
 
 #include <QImage>
 #include <QPainter>
@@ -25,9 +25,9 @@ int alpha(const QImage& image, int x, int y)
 TEST_F(GlassViewTest, CornersAreTransparentInEveryFamily)
 {
     for (const WidgetFamily family :
-        { WidgetFamily::systemSmall, WidgetFamily::systemMedium, WidgetFamily::systemLarge, WidgetFamily::systemExtraLarge }) {
+        { WidgetFamily::small, WidgetFamily::medium, WidgetFamily::large, WidgetFamily::extraLarge }) {
         SCOPED_TRACE(std::string(rawValue(family)));
-        const auto rendered = render(views::sampleEntry(fixedNow), family);
+        const auto rendered = render(TimelineEntry::sample(fixedNow), family);
         const QImage image = views::paintWidget(rendered, 2);
         const int w = image.width();
         const int h = image.height();
@@ -49,7 +49,7 @@ TEST_F(GlassViewTest, BaseIsNearBlackAndDarkensDownwards)
     QImage image(400, 400, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
-    views::WidgetGlass::paintBackground(painter, QRectF(0, 0, 400, 400), plain, views::Palette());
+    views::GlassView::paintBackground(painter, QRectF(0, 0, 400, 400), plain, views::Palette());
     painter.end();
     // Beyond the reach of the top-leading highlight and inside the border: the base alone, grey
     // 0.12 at the top to 0.05 at the bottom.
@@ -71,7 +71,7 @@ TEST_F(GlassViewTest, GlowTintsItsCorner)
     QImage image(300, 300, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
-    views::WidgetGlass::paintBackground(painter, QRectF(0, 0, 300, 300), glowing, views::Palette());
+    views::GlassView::paintBackground(painter, QRectF(0, 0, 300, 300), glowing, views::Palette());
     painter.end();
     const QColor trailing = image.pixelColor(290, 290);
     const QColor leading = image.pixelColor(10, 290);

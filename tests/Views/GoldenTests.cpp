@@ -5,7 +5,7 @@
 #include "TestSupport.h"
 #include "ViewsTestSupport.h"
 
-#include "ViewTreeJson.h"
+#include "Views/ViewTreeJson.h"
 
 #include <QImage>
 
@@ -21,10 +21,10 @@ namespace {
 const std::filesystem::path goldenFolder = std::filesystem::path(QUELM_SOURCE_DIR) / "tests" / "golden";
 
 constexpr std::array families {
-    std::pair { WidgetFamily::systemSmall, "small" },
-    std::pair { WidgetFamily::systemMedium, "medium" },
-    std::pair { WidgetFamily::systemLarge, "large" },
-    std::pair { WidgetFamily::systemExtraLarge, "extraLarge" },
+    std::pair { WidgetFamily::small, "small" },
+    std::pair { WidgetFamily::medium, "medium" },
+    std::pair { WidgetFamily::large, "large" },
+    std::pair { WidgetFamily::extraLarge, "extraLarge" },
 };
 
 constexpr std::array statuses {
@@ -41,7 +41,7 @@ class GoldenTest : public ViewsTest { };
 
 views::RenderedWidget sample(WidgetFamily family, SharedStore::AppStatus status)
 {
-    Entry entry = views::sampleEntry(fixedNow);
+    TimelineEntry entry = TimelineEntry::sample(fixedNow);
     entry.appStatus = status;
     return render(entry, family);
 }

@@ -1,7 +1,7 @@
 #include "ViewsTestSupport.h"
 
-#include "LayoutEngine.h"
-#include "Typography.h"
+#include "Views/LayoutEngine.h"
+#include "Views/Typography.h"
 
 using namespace quelm;
 using namespace quelm::test;

@@ -1,8 +1,8 @@
 #include "TestSupport.h"
 #include "ViewsTestSupport.h"
 
-#include "Localizer.h"
-#include "RelativeTime.h"
+#include "Views/Localizer.h"
+#include "Text/RelativeTime.h"
 
 using namespace quelm;
 using namespace quelm::test;

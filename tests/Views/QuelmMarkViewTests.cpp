@@ -1,6 +1,6 @@
 #include "ViewsTestSupport.h"
 
-#include "QuelmMarkView.h"
+#include "Views/QuelmMarkView.h"
 
 #include <QImage>
 #include <QPainter>

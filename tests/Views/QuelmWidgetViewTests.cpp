@@ -1,7 +1,7 @@
 #include "ViewsTestSupport.h"
 
-#include "ItemColumns.h"
-#include "WidgetGlyph.h"
+#include "Layout/ItemColumns.h"
+#include "Look/WidgetGlyph.h"
 
 #include <array>
 
@@ -13,17 +13,17 @@ namespace node = views::node;
 namespace {
 
 constexpr std::array families {
-    WidgetFamily::systemSmall,
-    WidgetFamily::systemMedium,
-    WidgetFamily::systemLarge,
-    WidgetFamily::systemExtraLarge,
+    WidgetFamily::small,
+    WidgetFamily::medium,
+    WidgetFamily::large,
+    WidgetFamily::extraLarge,
 };
 
 class QuelmWidgetViewTest : public ViewsTest { };
 
-Entry sampleWithStatus(SharedStore::AppStatus status)
+TimelineEntry sampleWithStatus(SharedStore::AppStatus status)
 {
-    Entry entry = views::sampleEntry(fixedNow);
+    TimelineEntry entry = TimelineEntry::sample(fixedNow);
     entry.appStatus = status;
     return entry;
 }
@@ -61,10 +61,10 @@ std::vector<std::string> sectionTitles(const ViewNode& root)
 
 TEST_F(QuelmWidgetViewTest, FamiliesHaveTheirSizes)
 {
-    EXPECT_EQ(views::QuelmWidgetView::size(WidgetFamily::systemSmall), (views::Size { 170, 170 }));
-    EXPECT_EQ(views::QuelmWidgetView::size(WidgetFamily::systemMedium), (views::Size { 364, 170 }));
-    EXPECT_EQ(views::QuelmWidgetView::size(WidgetFamily::systemLarge), (views::Size { 364, 382 }));
-    EXPECT_EQ(views::QuelmWidgetView::size(WidgetFamily::systemExtraLarge), (views::Size { 766, 382 }));
+    EXPECT_EQ(views::QuelmWidgetView::size(WidgetFamily::small), (views::Size { 170, 170 }));
+    EXPECT_EQ(views::QuelmWidgetView::size(WidgetFamily::medium), (views::Size { 364, 170 }));
+    EXPECT_EQ(views::QuelmWidgetView::size(WidgetFamily::large), (views::Size { 364, 382 }));
+    EXPECT_EQ(views::QuelmWidgetView::size(WidgetFamily::extraLarge), (views::Size { 766, 382 }));
 }
 
 TEST_F(QuelmWidgetViewTest, ClosedAppShowsItsMessageInEveryFamilyAndATapOpensTheApp)
@@ -101,7 +101,7 @@ TEST_F(QuelmWidgetViewTest, NoAccessShowsItsMessageInEveryFamilyWithoutATapActio
 
 TEST_F(QuelmWidgetViewTest, MessageIsCentredWithTheMarkWithoutSphere)
 {
-    const auto rendered = render(sampleWithStatus(SharedStore::AppStatus::noAccess), WidgetFamily::systemMedium);
+    const auto rendered = render(sampleWithStatus(SharedStore::AppStatus::noAccess), WidgetFamily::medium);
     const ViewNode* mark = all<node::Mark>(rendered.root).front();
     EXPECT_FALSE(mark->as<node::Mark>()->running);
     EXPECT_EQ(mark->as<node::Mark>()->color, Color::of(Color::Named::tertiary));
@@ -127,12 +127,12 @@ TEST_F(QuelmWidgetViewTest, HeaderCountsRunningItems)
 {
     WidgetSnapshot snapshot;
     snapshot.items = { item("a", true), item("b", false) };
-    auto rendered = render(runningEntry(snapshot), WidgetFamily::systemSmall);
+    auto rendered = render(runningEntry(snapshot), WidgetFamily::small);
     EXPECT_TRUE(showsText(rendered.root, "1 rodando"));
     EXPECT_TRUE(headerMark(rendered.root).running);
 
     snapshot.items = { item("a", false), item("b", false) };
-    rendered = render(runningEntry(snapshot), WidgetFamily::systemSmall);
+    rendered = render(runningEntry(snapshot), WidgetFamily::small);
     EXPECT_TRUE(showsText(rendered.root, "0 rodando"));
     EXPECT_FALSE(headerMark(rendered.root).running) << "nothing runs: no sphere";
     EXPECT_EQ(headerMark(rendered.root).accessibilityLabel, "Quelm");
@@ -140,14 +140,14 @@ TEST_F(QuelmWidgetViewTest, HeaderCountsRunningItems)
 
 TEST_F(QuelmWidgetViewTest, HeaderCountIncludesItemsTheLayoutDoesNotShow)
 {
-    const auto rendered = render(runningEntry(itemsOnly(9)), WidgetFamily::systemSmall);
+    const auto rendered = render(runningEntry(itemsOnly(9)), WidgetFamily::small);
     EXPECT_EQ(all<node::Row>(rendered.root).size(), 3u);
     EXPECT_TRUE(showsText(rendered.root, "9 rodando"));
 }
 
 TEST_F(QuelmWidgetViewTest, ExtraLargeShowsAtMostFourteenItemsInTwoColumnsOfSeven)
 {
-    const auto rendered = render(runningEntry(itemsOnly(15)), WidgetFamily::systemExtraLarge);
+    const auto rendered = render(runningEntry(itemsOnly(15)), WidgetFamily::extraLarge);
     const auto rows = all<node::Row>(rendered.root);
     ASSERT_EQ(rows.size(), 14u);
     // Two columns: the first seven rows share one x, the next seven another.
@@ -171,7 +171,7 @@ TEST_F(QuelmWidgetViewTest, FifteenItemsMakeColumnsOfSevenSevenAndOne)
 
 TEST_F(QuelmWidgetViewTest, ExtraLargeWithOnlyItemsHasNoLeftColumnAndNoDivider)
 {
-    const auto rendered = render(runningEntry(itemsOnly(3)), WidgetFamily::systemExtraLarge);
+    const auto rendered = render(runningEntry(itemsOnly(3)), WidgetFamily::extraLarge);
     EXPECT_TRUE(all<node::Divider>(rendered.root).empty());
     EXPECT_EQ(sectionTitles(rendered.root), (std::vector<std::string> { "Itens" }));
     const auto rows = all<node::Row>(rendered.root);
@@ -182,7 +182,7 @@ TEST_F(QuelmWidgetViewTest, ExtraLargeWithOnlyItemsHasNoLeftColumnAndNoDivider)
 
 TEST_F(QuelmWidgetViewTest, ExtraLargeWithSessionsFramesTheLeftColumnAndDividesIt)
 {
-    const auto rendered = render(views::sampleEntry(fixedNow), WidgetFamily::systemExtraLarge);
+    const auto rendered = render(TimelineEntry::sample(fixedNow), WidgetFamily::extraLarge);
     EXPECT_EQ(sectionTitles(rendered.root), (std::vector<std::string> { "Claude", "Grupos", "Itens" }));
     const auto dividers = all<node::Divider>(rendered.root);
     ASSERT_EQ(dividers.size(), 1u);
@@ -201,7 +201,7 @@ TEST_F(QuelmWidgetViewTest, ExtraLargeWithSessionsFramesTheLeftColumnAndDividesI
 
 TEST_F(QuelmWidgetViewTest, MediumWithoutSessionsHasNoDividerAndNoSessionColumn)
 {
-    const auto rendered = render(runningEntry(itemsOnly(2)), WidgetFamily::systemMedium);
+    const auto rendered = render(runningEntry(itemsOnly(2)), WidgetFamily::medium);
     EXPECT_TRUE(all<node::Divider>(rendered.root).empty());
     for (const ViewNode* row : all<node::Row>(rendered.root)) {
         EXPECT_NE(row->as<node::Row>()->kind, views::RowKind::session);
@@ -211,7 +211,7 @@ TEST_F(QuelmWidgetViewTest, MediumWithoutSessionsHasNoDividerAndNoSessionColumn)
 
 TEST_F(QuelmWidgetViewTest, MediumPutsSessionsInAColumn112Wide)
 {
-    const auto rendered = render(views::sampleEntry(fixedNow), WidgetFamily::systemMedium);
+    const auto rendered = render(TimelineEntry::sample(fixedNow), WidgetFamily::medium);
     ASSERT_EQ(all<node::Divider>(rendered.root).size(), 1u);
     const ViewNode* session = rowOf(rendered.root, "s2");
     ASSERT_TRUE(session);
@@ -226,7 +226,7 @@ TEST_F(QuelmWidgetViewTest, MediumPutsSessionsInAColumn112Wide)
 
 TEST_F(QuelmWidgetViewTest, SmallShowsTheAttentionSessionAndCompactRows)
 {
-    const auto rendered = render(views::sampleEntry(fixedNow), WidgetFamily::systemSmall);
+    const auto rendered = render(TimelineEntry::sample(fixedNow), WidgetFamily::small);
     EXPECT_EQ(shownTexts(rendered.root),
         (std::vector<std::string> { "Quelm", "3 rodando", "quelm", "precisa de aprovação", "Trabalho", "my-api (dev)" }));
     EXPECT_TRUE(all<node::Section>(rendered.root).empty());
@@ -234,7 +234,7 @@ TEST_F(QuelmWidgetViewTest, SmallShowsTheAttentionSessionAndCompactRows)
 
 TEST_F(QuelmWidgetViewTest, LargeShowsSectionsOverTheirRows)
 {
-    const auto rendered = render(views::sampleEntry(fixedNow), WidgetFamily::systemLarge);
+    const auto rendered = render(TimelineEntry::sample(fixedNow), WidgetFamily::large);
     EXPECT_EQ(sectionTitles(rendered.root), (std::vector<std::string> { "Claude", "Grupos", "Itens" }));
     const auto sections = all<node::Section>(rendered.root);
     const ViewNode* title = sections.front()->children.data();
@@ -247,9 +247,9 @@ TEST_F(QuelmWidgetViewTest, LargeShowsSectionsOverTheirRows)
 
 TEST_F(QuelmWidgetViewTest, PendingRequestsReachTheirRows)
 {
-    Entry entry = views::sampleEntry(fixedNow);
+    TimelineEntry entry = TimelineEntry::sample(fixedNow);
     entry.pending = { { "c", WidgetCommand::Action::start }, { "group:x", WidgetCommand::Action::stop } };
-    const auto rendered = render(entry, WidgetFamily::systemExtraLarge);
+    const auto rendered = render(entry, WidgetFamily::extraLarge);
     const ViewNode* postgres = rowOf(rendered.root, "c");
     ASSERT_TRUE(postgres);
     EXPECT_TRUE(postgres->as<node::Row>()->busy);
@@ -263,7 +263,7 @@ TEST_F(QuelmWidgetViewTest, EverythingStaysInsideTheWidgetAndRowsDoNotOverlap)
 {
     for (const WidgetFamily family : families) {
         SCOPED_TRACE(std::string(rawValue(family)));
-        const auto rendered = render(views::sampleEntry(fixedNow), family);
+        const auto rendered = render(TimelineEntry::sample(fixedNow), family);
         const views::Frame content { 16, 16, rendered.size.width - 32, rendered.size.height - 32 };
         const auto rows = all<node::Row>(rendered.root);
         for (const ViewNode* row : rows)
@@ -279,9 +279,9 @@ TEST_F(QuelmWidgetViewTest, EverythingStaysInsideTheWidgetAndRowsDoNotOverlap)
 
 TEST_F(QuelmWidgetViewTest, EnglishSnapshotShowsEnglishTexts)
 {
-    Entry entry = views::sampleEntry(fixedNow);
+    TimelineEntry entry = TimelineEntry::sample(fixedNow);
     entry.snapshot.language = "en";
-    const auto rendered = render(entry, WidgetFamily::systemLarge);
+    const auto rendered = render(entry, WidgetFamily::large);
     EXPECT_EQ(sectionTitles(rendered.root), (std::vector<std::string> { "Claude", "Groups", "Items" }));
     EXPECT_TRUE(showsText(rendered.root, "3 running"));
     EXPECT_TRUE(showsText(rendered.root, "quelm · needs approval"));
@@ -289,7 +289,7 @@ TEST_F(QuelmWidgetViewTest, EnglishSnapshotShowsEnglishTexts)
     EXPECT_TRUE(showsText(rendered.root, "Stopped"));
 
     entry.appStatus = SharedStore::AppStatus::notRunning;
-    const auto closed = render(entry, WidgetFamily::systemSmall);
+    const auto closed = render(entry, WidgetFamily::small);
     EXPECT_EQ(messageOf(closed.root).title, "Quelm is closed");
     EXPECT_EQ(messageOf(closed.root).subtitle, "Click to open");
 }
@@ -300,30 +300,30 @@ TEST_F(QuelmWidgetViewTest, UnknownLanguageShowsBaseTextsWithItsNumbers)
     snapshot.items = { item("a", true) };
     snapshot.groups = { WidgetGroup("g", "G", 2000, 1000, false) };
     snapshot.language = "de";
-    const auto rendered = render(runningEntry(snapshot), WidgetFamily::systemLarge);
+    const auto rendered = render(runningEntry(snapshot), WidgetFamily::large);
     EXPECT_TRUE(showsText(rendered.root, "1 rodando"));
     EXPECT_TRUE(showsText(rendered.root, "Grupo · 1.000 de 2.000")) << "German digit grouping, Portuguese words";
 
     snapshot.language = "../../etc/passwd";
-    EXPECT_TRUE(showsText(render(runningEntry(snapshot), WidgetFamily::systemLarge).root, "Grupos"));
+    EXPECT_TRUE(showsText(render(runningEntry(snapshot), WidgetFamily::large).root, "Grupos"));
 }
 
 TEST_F(QuelmWidgetViewTest, GlassCarriesTheSnapshotsGlows)
 {
-    const auto sample = render(views::sampleEntry(fixedNow), WidgetFamily::systemSmall);
+    const auto sample = render(TimelineEntry::sample(fixedNow), WidgetFamily::small);
     const auto& glows = sample.root.as<node::Glass>()->glows;
     ASSERT_EQ(glows.size(), 2u);
     EXPECT_EQ(glows[0].color, Color::of(Color::Named::orange));
     EXPECT_EQ(glows[0].center, GlassCorner::bottomTrailing);
     EXPECT_EQ(glows[1].color, WidgetGlyph::tint("node"));
 
-    const auto empty = render(runningEntry({}), WidgetFamily::systemSmall);
+    const auto empty = render(runningEntry({}), WidgetFamily::small);
     EXPECT_TRUE(empty.root.as<node::Glass>()->glows.empty());
 }
 
 TEST_F(QuelmWidgetViewTest, ButtonsAreHitTargets)
 {
-    const auto rendered = render(views::sampleEntry(fixedNow), WidgetFamily::systemMedium);
+    const auto rendered = render(TimelineEntry::sample(fixedNow), WidgetFamily::medium);
     const ViewNode* button = all<node::Button>(rendered.root).front();
     const auto* target = views::hitTarget(rendered.root, button->frame.x + 10, button->frame.y + 10);
     EXPECT_EQ(target, button);

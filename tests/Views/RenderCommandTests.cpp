@@ -97,7 +97,7 @@ TEST_F(RenderCommandTest, JsonDumpsTheViewTreeOfASnapshot)
         "--format", "json", "--now", "1700000000" });
     ASSERT_EQ(result.status, 0) << result.err;
     const auto json = nlohmann::json::parse(result.out);
-    EXPECT_EQ(json["family"], "systemMedium");
+    EXPECT_EQ(json["family"], "medium");
     EXPECT_EQ(json["appStatus"], "running");
     EXPECT_EQ(json["size"]["w"], 364);
     EXPECT_NE(result.out.find("\"Starting…\""), std::string::npos) << "English, with the pending start";

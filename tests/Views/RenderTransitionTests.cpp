@@ -1,4 +1,4 @@
-#include "RenderTransition.h"
+#include "Views/RenderTransition.h"
 
 #include "ViewsTestSupport.h"
 
@@ -53,15 +53,15 @@ WidgetSnapshot twoItems(bool firstRunning, bool secondRunning)
 
 TEST_F(RenderTransitionTest, TheSameStateAnimatesNothingSpecially)
 {
-    const auto first = render(runningEntry(twoItems(true, false)), WidgetFamily::systemLarge);
-    const auto second = render(runningEntry(twoItems(true, false)), WidgetFamily::systemLarge);
+    const auto first = render(runningEntry(twoItems(true, false)), WidgetFamily::large);
+    const auto second = render(runningEntry(twoItems(true, false)), WidgetFamily::large);
     EXPECT_TRUE(RenderTransition::between(first.root, second.root).isEmpty());
 }
 
 TEST_F(RenderTransitionTest, AGrowingRunningCountRollsUpAtTheHeaderCount)
 {
-    const auto before = render(runningEntry(twoItems(true, false)), WidgetFamily::systemMedium);
-    const auto after = render(runningEntry(twoItems(true, true)), WidgetFamily::systemMedium);
+    const auto before = render(runningEntry(twoItems(true, false)), WidgetFamily::medium);
+    const auto after = render(runningEntry(twoItems(true, true)), WidgetFamily::medium);
     const auto rolls = regionsOf(RenderTransition::between(before.root, after.root), Kind::roll);
     ASSERT_EQ(rolls.size(), 1u);
     EXPECT_EQ(rolls[0].direction, Direction::up);
@@ -73,8 +73,8 @@ TEST_F(RenderTransitionTest, AGrowingRunningCountRollsUpAtTheHeaderCount)
 
 TEST_F(RenderTransitionTest, AShrinkingRunningCountRollsDown)
 {
-    const auto before = render(runningEntry(twoItems(true, true)), WidgetFamily::systemSmall);
-    const auto after = render(runningEntry(twoItems(true, false)), WidgetFamily::systemSmall);
+    const auto before = render(runningEntry(twoItems(true, true)), WidgetFamily::small);
+    const auto after = render(runningEntry(twoItems(true, false)), WidgetFamily::small);
     const auto rolls = regionsOf(RenderTransition::between(before.root, after.root), Kind::roll);
     ASSERT_EQ(rolls.size(), 1u);
     EXPECT_EQ(rolls[0].direction, Direction::down);
@@ -82,8 +82,8 @@ TEST_F(RenderTransitionTest, AShrinkingRunningCountRollsDown)
 
 TEST_F(RenderTransitionTest, AButtonGoingFromPlayToStopIsReplacedAtItsSymbol)
 {
-    const auto before = render(runningEntry(twoItems(true, false)), WidgetFamily::systemMedium);
-    const auto after = render(runningEntry(twoItems(true, true)), WidgetFamily::systemMedium);
+    const auto before = render(runningEntry(twoItems(true, false)), WidgetFamily::medium);
+    const auto after = render(runningEntry(twoItems(true, true)), WidgetFamily::medium);
     ASSERT_EQ(buttonSymbol(before.root, "b").as<views::node::Symbol>()->symbol, "play.fill");
     ASSERT_EQ(buttonSymbol(after.root, "b").as<views::node::Symbol>()->symbol, "stop.fill");
 
@@ -100,8 +100,8 @@ TEST_F(RenderTransitionTest, AGroupDetailRollsInsideItsRow)
     before.groups = { WidgetGroup("g", "Grupo", 3, 1, true) };
     WidgetSnapshot after = before;
     after.groups = { WidgetGroup("g", "Grupo", 3, 2, true) };
-    const auto first = render(runningEntry(before), WidgetFamily::systemLarge);
-    const auto second = render(runningEntry(after), WidgetFamily::systemLarge);
+    const auto first = render(runningEntry(before), WidgetFamily::large);
+    const auto second = render(runningEntry(after), WidgetFamily::large);
     ASSERT_TRUE(showsText(first.root, "Grupo · 1 de 3")) << testing::PrintToString(shownTexts(first.root));
     ASSERT_TRUE(showsText(second.root, "Grupo · 2 de 3"));
 
@@ -120,8 +120,8 @@ TEST_F(RenderTransitionTest, ASessionGlyphChangingItsSymbolIsReplacedWithItsHalo
     before.sessions = { WidgetSession { "s", "Título", "quelm", WidgetSession::State::working } };
     WidgetSnapshot after;
     after.sessions = { WidgetSession { "s", "Título", "quelm", WidgetSession::State::needsApproval } };
-    const auto first = render(runningEntry(before), WidgetFamily::systemLarge);
-    const auto second = render(runningEntry(after), WidgetFamily::systemLarge);
+    const auto first = render(runningEntry(before), WidgetFamily::large);
+    const auto second = render(runningEntry(after), WidgetFamily::large);
 
     const auto replaced = regionsOf(RenderTransition::between(first.root, second.root), Kind::replace);
     ASSERT_EQ(replaced.size(), 1u);
@@ -136,8 +136,8 @@ TEST_F(RenderTransitionTest, AnotherRowInTheSamePlaceOnlyFades)
     before.items = { item("a", false) };
     WidgetSnapshot after;
     after.items = { item("z", true) };
-    const auto first = render(runningEntry(before), WidgetFamily::systemMedium);
-    const auto second = render(runningEntry(after), WidgetFamily::systemMedium);
+    const auto first = render(runningEntry(before), WidgetFamily::medium);
+    const auto second = render(runningEntry(after), WidgetFamily::medium);
     const auto transition = RenderTransition::between(first.root, second.root);
     EXPECT_TRUE(regionsOf(transition, Kind::replace).empty()) << "z's stop button is not a's play button";
     EXPECT_EQ(regionsOf(transition, Kind::roll).size(), 1u) << "the header still counts up";
@@ -145,8 +145,8 @@ TEST_F(RenderTransitionTest, AnotherRowInTheSamePlaceOnlyFades)
 
 TEST_F(RenderTransitionTest, TheBackgroundsBlankOnlyTheAnimatedNodes)
 {
-    const auto before = render(runningEntry(twoItems(true, false)), WidgetFamily::systemMedium);
-    const auto after = render(runningEntry(twoItems(true, true)), WidgetFamily::systemMedium);
+    const auto before = render(runningEntry(twoItems(true, false)), WidgetFamily::medium);
+    const auto after = render(runningEntry(twoItems(true, true)), WidgetFamily::medium);
     const auto transition = RenderTransition::between(before.root, after.root);
     ASSERT_EQ(transition.regions().size(), 2u);
 

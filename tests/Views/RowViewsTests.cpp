@@ -1,8 +1,10 @@
 #include "ViewsTestSupport.h"
 
-#include "LayoutEngine.h"
-#include "RelativeTime.h"
-#include "RowViews.h"
+#include "Views/LayoutEngine.h"
+#include "Text/RelativeTime.h"
+#include "Views/ItemRowView.h"
+#include "Views/GroupRowView.h"
+#include "Views/SessionRowView.h"
 
 using namespace quelm;
 using namespace quelm::test;
@@ -24,15 +26,15 @@ protected:
 
     ViewNode item(const WidgetItem& record, std::optional<WidgetCommand::Action> pending, bool compact = false)
     {
-        return laidOut(views::ItemRow::node({ record, pending, compact }, context));
+        return laidOut(views::ItemRowView::node({ record, pending, compact }, context));
     }
 
     ViewNode group(const WidgetGroup& record, std::optional<WidgetCommand::Action> pending = std::nullopt)
     {
-        return laidOut(views::GroupRow::node({ record, pending, false }, context));
+        return laidOut(views::GroupRowView::node({ record, pending, false }, context));
     }
 
-    ViewNode session(const quelm::SessionRow& row) { return laidOut(views::SessionRow::node(row, context)); }
+    ViewNode session(const quelm::SessionRow& row) { return laidOut(views::SessionRowView::node(row, context)); }
 
     views::Localizer localizer = views::Localizer::forSnapshotLanguage(std::nullopt, fixedLocale);
     views::ViewContext context { localizer, localizer, fixedNow };

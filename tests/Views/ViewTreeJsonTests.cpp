@@ -1,7 +1,7 @@
 #include "ViewsTestSupport.h"
 #include "ViewTreeSearch.h"
 
-#include "ViewTreeJson.h"
+#include "Views/ViewTreeJson.h"
 
 using namespace quelm;
 using namespace quelm::test;
@@ -23,8 +23,8 @@ const ordered_json& nodeOfType(const ordered_json& root, const std::string& type
 
 TEST_F(ViewTreeJsonTest, WidgetHasFamilyStatusSizeAndRoot)
 {
-    const auto json = views::widgetJson(render(views::sampleEntry(fixedNow), WidgetFamily::systemMedium));
-    EXPECT_EQ(json["family"], "systemMedium");
+    const auto json = views::widgetJson(render(TimelineEntry::sample(fixedNow), WidgetFamily::medium));
+    EXPECT_EQ(json["family"], "medium");
     EXPECT_EQ(json["appStatus"], "running");
     EXPECT_EQ(json["size"], (ordered_json { { "w", 364.0 }, { "h", 170.0 } }));
     EXPECT_EQ(json["root"]["type"], "glass");
@@ -33,9 +33,9 @@ TEST_F(ViewTreeJsonTest, WidgetHasFamilyStatusSizeAndRoot)
 
 TEST_F(ViewTreeJsonTest, NodesCarryTheirTypesKeys)
 {
-    Entry entry = views::sampleEntry(fixedNow);
+    TimelineEntry entry = TimelineEntry::sample(fixedNow);
     entry.pending = { { "c", WidgetCommand::Action::start } };
-    const auto root = views::widgetJson(render(entry, WidgetFamily::systemExtraLarge))["root"];
+    const auto root = views::widgetJson(render(entry, WidgetFamily::extraLarge))["root"];
 
     const auto& glows = root["glows"];
     ASSERT_EQ(glows.size(), 2u);
@@ -87,7 +87,7 @@ TEST_F(ViewTreeJsonTest, NodesCarryTheirTypesKeys)
 
 TEST_F(ViewTreeJsonTest, MessageHasNullSubtitleWhenItHasNone)
 {
-    const auto root = views::widgetJson(render(runningEntry({}), WidgetFamily::systemSmall))["root"];
+    const auto root = views::widgetJson(render(runningEntry({}), WidgetFamily::small))["root"];
     const auto& message = nodeOfType(root, "message");
     EXPECT_EQ(message["title"], "Nada rodando");
     EXPECT_TRUE(message["subtitle"].is_null());

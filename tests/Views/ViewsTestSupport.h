@@ -3,9 +3,9 @@
 // Helpers of the view tests: a headless Qt application, renders of an entry with a fixed clock
 // and locale, and searches through the laid-out tree.
 
-#include "QuelmWidgetView.h"
-#include "ViewTree.h"
-#include "WidgetRenderer.h"
+#include "Views/QuelmWidgetView.h"
+#include "Views/ViewTree.h"
+#include "Views/WidgetRenderer.h"
 
 #include <gtest/gtest.h>
 
@@ -47,14 +47,14 @@ inline views::RenderOptions fixedOptions()
     return options;
 }
 
-inline views::RenderedWidget render(const Entry& entry, WidgetFamily family)
+inline views::RenderedWidget render(const TimelineEntry& entry, WidgetFamily family)
 {
     return views::renderWidget(entry, family, fixedOptions());
 }
 
-inline Entry runningEntry(WidgetSnapshot snapshot)
+inline TimelineEntry runningEntry(WidgetSnapshot snapshot)
 {
-    Entry entry;
+    TimelineEntry entry;
     entry.date = fixedNow;
     entry.snapshot = std::move(snapshot);
     entry.appStatus = SharedStore::AppStatus::running;

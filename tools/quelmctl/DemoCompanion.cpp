@@ -1,6 +1,6 @@
 #include "DemoCompanion.h"
 
-#include <Entry.h>
+#include "Timeline/TimelineEntry.h"
 
 #include <algorithm>
 #include <map>
@@ -56,7 +56,7 @@ std::string_view describe(DemoPhase phase)
 DemoCompanion::DemoCompanion(quelm::Date now, Clock::duration transitionTime)
     : m_transitionTime(transitionTime)
 {
-    const quelm::WidgetSnapshot& sample = quelm::Entry::sample().snapshot;
+    const quelm::WidgetSnapshot& sample = quelm::TimelineEntry::sample().snapshot;
     for (quelm::WidgetItem item : sample.items) {
         // Keep each start time's distance from the moment the sample was dated.
         if (item.startedAt)

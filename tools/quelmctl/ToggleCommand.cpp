@@ -3,7 +3,7 @@
 #include "Arguments.h"
 #include "StoreLocation.h"
 
-#include <ToggleItemIntent.h>
+#include "Intent/ToggleItemIntent.h"
 
 #include <quelm/WireFormat.h>
 

@@ -1,0 +1,29 @@
+#include "Intent/ToggleItemIntent.h"
+
+#include <quelm/Notification.h>
+#include <quelm/Date.h>
+#include <quelm/SharedConstants.h>
+#include <quelm/SharedStore.h>
+#include <quelm/Uuid.h>
+#include <quelm/WidgetCommand.h>
+
+#include <stdexcept>
+
+namespace quelm {
+
+void ToggleItemIntent::perform() const
+{
+    if (!itemID || !start)
+        throw std::logic_error("ToggleItemIntent.perform() needs both itemID and start");
+
+    const auto store = SharedStore::forAppGroup(SharedConstants::appGroupIdentifier);
+    if (!store)
+        return;
+
+    const WidgetCommand command(*itemID, *start ? WidgetCommand::Action::start : WidgetCommand::Action::stop, Uuid::random(), Date::now());
+    store->enqueue(command);
+    store->markPending(command);
+    Notification::post(SharedConstants::commandNotification);
+}
+
+}

@@ -1,0 +1,97 @@
+#include "Layout/TitleCollator.h"
+
+#include <unicode/coll.h>
+#include <unicode/locid.h>
+#include <unicode/stringpiece.h>
+
+#include <cstdlib>
+
+namespace quelm {
+
+namespace {
+
+// "pt_BR.UTF-8@euro" → "pt_BR"; "C", "POSIX", "C.UTF-8" and "" → "" (the root collation).
+std::string icuLocaleID(std::string_view posixName)
+{
+    const auto end = posixName.find_first_of(".@");
+    std::string_view name = posixName.substr(0, end);
+    if (name == "C" || name == "POSIX")
+        return {};
+    return std::string(name);
+}
+
+}
+
+struct TitleCollator::IcuCollator {
+    std::unique_ptr<icu::Collator> collator;
+};
+
+namespace {
+
+std::unique_ptr<icu::Collator> makeCollator(const std::string& localeID)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Locale locale = localeID.empty() ? icu::Locale::getRoot() : icu::Locale(localeID.c_str());
+    std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance(locale, status));
+    if (U_FAILURE(status) || !collator) {
+        // An unusable locale: fall back to the root collation.
+        status = U_ZERO_ERROR;
+        collator.reset(icu::Collator::createInstance(icu::Locale::getRoot(), status));
+        if (U_FAILURE(status))
+            collator.reset();
+    }
+    if (collator) {
+        collator->setStrength(icu::Collator::SECONDARY);
+        status = U_ZERO_ERROR;
+        collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+    }
+    return collator;
+}
+
+}
+
+TitleCollator::TitleCollator(std::string_view localeName)
+    : m_localeID(icuLocaleID(localeName))
+    , m_collator(std::make_unique<IcuCollator>(IcuCollator { makeCollator(m_localeID) }))
+{
+}
+
+TitleCollator::~TitleCollator() = default;
+
+std::string TitleCollator::environmentLocale()
+{
+    for (const char* name : { "LC_ALL", "LC_COLLATE", "LANG" }) {
+        const char* value = std::getenv(name);
+        if (value && *value)
+            return value;
+    }
+    return "C";
+}
+
+std::shared_ptr<const TitleCollator> TitleCollator::current()
+{
+    thread_local std::string cachedLocale;
+    thread_local std::shared_ptr<const TitleCollator> cached;
+    std::string locale = environmentLocale();
+    if (!cached || locale != cachedLocale) {
+        cached = std::make_shared<const TitleCollator>(locale);
+        cachedLocale = std::move(locale);
+    }
+    return cached;
+}
+
+int TitleCollator::compare(std::string_view a, std::string_view b) const
+{
+    const icu::Collator* collator = m_collator->collator.get();
+    if (!collator) // no collation data at all: plain byte order
+        return a.compare(b);
+    UErrorCode status = U_ZERO_ERROR;
+    const UCollationResult result = collator->compareUTF8(
+        icu::StringPiece(a.data(), static_cast<int32_t>(a.size())),
+        icu::StringPiece(b.data(), static_cast<int32_t>(b.size())), status);
+    if (U_FAILURE(status))
+        return a.compare(b);
+    return static_cast<int>(result);
+}
+
+}

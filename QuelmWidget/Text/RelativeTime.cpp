@@ -1,0 +1,163 @@
+#include "Text/RelativeTime.h"
+
+#include <unicode/locid.h>
+#include <unicode/measfmt.h>
+#include <unicode/measunit.h>
+#include <unicode/measure.h>
+#include <unicode/unistr.h>
+
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace quelm {
+
+namespace {
+
+constexpr std::int64_t minute = 60;
+constexpr std::int64_t hour = 60 * minute;
+constexpr std::int64_t day = 24 * hour;
+
+std::int64_t elapsedSeconds(Date since, Date now)
+{
+    const double seconds = std::floor(now.secondsSince(since));
+    if (!(seconds > 0))
+        return 0;
+    if (seconds > 1e15)
+        return static_cast<std::int64_t>(1e15);
+    return static_cast<std::int64_t>(seconds);
+}
+
+enum class Unit {
+    second,
+    minute,
+    hour,
+    day,
+};
+
+struct Amount {
+    std::int64_t value;
+    Unit unit;
+};
+
+std::vector<Amount> amounts(std::int64_t elapsed)
+{
+    if (elapsed < minute)
+        return { { elapsed, Unit::second } };
+    if (elapsed < hour)
+        return { { elapsed / minute, Unit::minute } };
+    std::vector<Amount> result;
+    if (elapsed < day) {
+        result.push_back({ elapsed / hour, Unit::hour });
+        if (const auto minutes = (elapsed % hour) / minute; minutes > 0)
+            result.push_back({ minutes, Unit::minute });
+    } else {
+        result.push_back({ elapsed / day, Unit::day });
+        if (const auto hours = (elapsed % day) / hour; hours > 0)
+            result.push_back({ hours, Unit::hour });
+    }
+    return result;
+}
+
+icu::MeasureUnit* createUnit(Unit unit, UErrorCode& status)
+{
+    switch (unit) {
+    case Unit::second:
+        return icu::MeasureUnit::createSecond(status);
+    case Unit::minute:
+        return icu::MeasureUnit::createMinute(status);
+    case Unit::hour:
+        return icu::MeasureUnit::createHour(status);
+    case Unit::day:
+        break;
+    }
+    return icu::MeasureUnit::createDay(status);
+}
+
+std::string_view fallbackUnitName(Unit unit)
+{
+    switch (unit) {
+    case Unit::second:
+        return "s";
+    case Unit::minute:
+        return "min";
+    case Unit::hour:
+        return "h";
+    case Unit::day:
+        break;
+    }
+    return "d";
+}
+
+std::string fallbackText(const std::vector<Amount>& parts)
+{
+    std::string text;
+    for (const Amount& part : parts) {
+        if (!text.empty())
+            text += ", ";
+        text += std::to_string(part.value) + " " + std::string(fallbackUnitName(part.unit));
+    }
+    return text;
+}
+
+icu::Locale icuLocale(std::string_view identifier)
+{
+    // POSIX names carry an encoding and modifier ("pt_BR.UTF-8@euro"); BCP 47 tags use '-'.
+    std::string name(identifier.substr(0, identifier.find('.')));
+    if (name == "C" || name == "POSIX")
+        name.clear();
+    for (char& c : name) {
+        if (c == '-')
+            c = '_';
+    }
+    return icu::Locale::createCanonical(name.c_str());
+}
+
+}
+
+std::string RelativeTime::text(Date since, Date now, std::string_view locale)
+{
+    const std::vector<Amount> parts = amounts(elapsedSeconds(since, now));
+
+    UErrorCode status = U_ZERO_ERROR;
+    icu::MeasureFormat format(icuLocale(locale), UMEASFMT_WIDTH_SHORT, status);
+    if (U_FAILURE(status))
+        return fallbackText(parts);
+
+    std::vector<icu::Measure> measures;
+    measures.reserve(parts.size());
+    for (const Amount& part : parts) {
+        icu::MeasureUnit* unit = createUnit(part.unit, status); // adopted by the Measure
+        if (U_FAILURE(status)) {
+            delete unit;
+            return fallbackText(parts);
+        }
+        measures.emplace_back(icu::Formattable(static_cast<int64_t>(part.value)), unit, status);
+        if (U_FAILURE(status))
+            return fallbackText(parts);
+    }
+
+    icu::UnicodeString formatted;
+    icu::FieldPosition position(icu::FieldPosition::DONT_CARE);
+    format.formatMeasures(measures.data(), static_cast<int32_t>(measures.size()), formatted, position, status);
+    if (U_FAILURE(status))
+        return fallbackText(parts);
+    std::string result;
+    formatted.toUTF8String(result);
+    return result;
+}
+
+Date RelativeTime::nextChange(Date since, Date now)
+{
+    const std::int64_t elapsed = elapsedSeconds(since, now);
+    std::int64_t step = 1;
+    if (elapsed >= day)
+        step = hour;
+    else if (elapsed >= minute)
+        step = minute;
+    const std::int64_t next = (elapsed / step + 1) * step;
+    return since.addingSeconds(static_cast<double>(next));
+}
+
+}

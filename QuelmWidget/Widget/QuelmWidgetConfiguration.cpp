@@ -1,0 +1,16 @@
+#include "Widget/QuelmWidgetConfiguration.h"
+
+namespace quelm {
+
+const QuelmWidgetConfiguration::SortOrderParameter& QuelmWidgetConfiguration::sortOrderParameter()
+{
+    static constexpr SortOrderParameter parameter {
+        "sortOrder",
+        "Ordenar por",
+        defaultSortOrder,
+        WidgetSortOrderInfo::allCases,
+    };
+    return parameter;
+}
+
+}
