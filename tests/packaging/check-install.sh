@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs the build in $1 as `cmake --install --prefix /usr/local` would, staged under a temporary
+# Installs the build in $1 into the prefix it was configured for, staged under a temporary
 # DESTDIR, and checks that the desktop program arrives whole and valid: programs, translations,
 # launcher, autostart entry in the system configuration directory, systemd user unit, icon,
 # AppStream metadata, manual pages, completions and licences.
@@ -9,8 +9,9 @@ build=$1
 stage=$(mktemp -d)
 trap 'rm -rf "$stage"' EXIT
 
-DESTDIR=$stage cmake --install "$build" --prefix /usr/local >/dev/null
-prefix=$stage/usr/local
+configured=$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")
+DESTDIR=$stage cmake --install "$build" >/dev/null
+prefix=$stage$configured
 
 fail() { echo "check-install: $*" >&2; exit 1; }
 present() { [ -s "$1" ] || fail "${1#"$stage"} is missing"; }
@@ -42,13 +43,14 @@ grep -qx 'Exec=quelm-widget host --autostart' "$autostart" || fail "the autostar
 # The session service starts the installed host and belongs to the graphical session.
 unit=$prefix/lib/systemd/user/quelm-widget.service
 present "$unit"
-grep -qx 'ExecStart=/usr/local/bin/quelm-widget host --autostart' "$unit" || fail "the unit does not start the installed host"
+grep -qx "ExecStart=$configured/bin/quelm-widget host --autostart" "$unit" || fail "the unit does not start the installed host"
 grep -qx 'PartOf=graphical-session.target' "$unit" || fail "the unit is not part of the graphical session"
 grep -qx 'WantedBy=graphical-session.target' "$unit" || fail "the unit is not wanted by the graphical session"
 if command -v systemd-analyze >/dev/null; then
     # The unit's program must exist for verify: point it at the staged one.
-    sed "s|^ExecStart=/usr/local/bin/|ExecStart=$prefix/bin/|" "$unit" >"$stage/quelm-widget.service"
-    report=$(systemd-analyze verify --user --man=no "$stage/quelm-widget.service" 2>&1 | grep -v -e 'XDG_RUNTIME_DIR' -e 'Failed to connect' || true)
+    sed "s|^ExecStart=$configured/bin/|ExecStart=$prefix/bin/|" "$unit" >"$stage/quelm-widget.service"
+    mkdir -m 0700 "$stage/runtime"
+    report=$(XDG_RUNTIME_DIR=$stage/runtime systemd-analyze verify --user --man=no "$stage/quelm-widget.service" 2>&1 | grep -v -e 'XDG_RUNTIME_DIR' -e 'Failed to connect' || true)
     [ -z "$report" ] || fail "systemd-analyze verify: $report"
 fi
 
@@ -64,7 +66,7 @@ done
 metainfo=$prefix/share/metainfo/dev.quelm.Quelm.metainfo.xml
 present "$metainfo"
 report=$(appstreamcli validate --no-net --no-color "$metainfo" 2>&1) || fail "appstreamcli validate: $report"
-grep -c '<screenshot' "$metainfo" | grep -qx 4 || fail "the metadata does not show the four widget sizes"
+grep -c '<image>' "$metainfo" | grep -qx 4 || fail "the metadata does not show the four widget sizes"
 
 # One manual page per program and one for the container's files, each formatted without a warning.
 for page in man1/quelm-widget.1 man1/quelmctl.1 man5/quelm-container.5; do
@@ -76,10 +78,13 @@ MANWIDTH=80 man -l "$prefix/share/man/man1/quelmctl.1" 2>/dev/null | grep -q 'qu
 MANWIDTH=80 man -l "$prefix/share/man/man1/quelm-widget.1" 2>/dev/null | grep -q -- '--version' || fail "quelm-widget(1) lacks --version"
 MANWIDTH=80 man -l "$prefix/share/man/man5/quelm-container.5" 2>/dev/null | grep -q 'pending.json' || fail "quelm-container(5) lacks pending.json"
 
-# Completions where bash-completion and zsh look for them under this prefix.
+# Completions where bash-completion and zsh look for them under this prefix: zsh reads a
+# distribution's from vendor-completions, anything else from site-functions.
+zsh_dir=site-functions
+[ "$configured" = /usr ] && zsh_dir=vendor-completions
 for program in quelm-widget quelmctl; do
     present "$prefix/share/bash-completion/completions/$program"
-    present "$prefix/share/zsh/site-functions/_$program"
+    present "$prefix/share/zsh/$zsh_dir/_$program"
 done
 
 present "$prefix/share/doc/quelm/LICENSE"

@@ -24,6 +24,8 @@ cleanup() {
 }
 trap cleanup EXIT
 
+prefix=$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")
+[ "$prefix" = /usr ] || skip "this build installs into $prefix; a Debian package is tested from a build configured with -DCMAKE_INSTALL_PREFIX=/usr (scripts/test.sh does)"
 version=$(sed -n 's/^CPACK_PACKAGE_VERSION:STRING=//p; s/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt" | head -n 1)
 [ -n "$version" ] || fail "no project version in $build/CMakeCache.txt"
 (cd "$scratch" && cpack -G DEB --config "$build/CPackConfig.cmake" -B "$scratch/out" >"$scratch/cpack.log" 2>&1) \
