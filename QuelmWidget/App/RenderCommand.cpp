@@ -236,7 +236,8 @@ Options:
                       {"family", "appStatus", "size": {w, h}, "root": {...}}, every node with its
                       frame in points
   --scale N           device pixels per point of the PNG (default 2, at most 8)
-  -o, --output FILE   write there instead of standard output
+  -o, --output FILE   write there instead of standard output (a PNG is never written to a
+                      terminal: redirect standard output or give -o)
   --help              show this text
 
 Texts are in the language the snapshot names (base texts in Brazilian Portuguese when there is

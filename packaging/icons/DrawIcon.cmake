@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Draws the application icon from the brand mark: `quelmctl mark --svg` in the mark's orange,
 # since an icon has no text colour for "currentColor" to follow.
 #   cmake -DQUELMCTL=... -DOUTPUT=... -P DrawIcon.cmake

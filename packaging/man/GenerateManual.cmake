@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Writes a program's section-1 manual page with help2man: its --help and --version texts, each
 # subcommand's own help as a COMMANDS section, and the hand-written sections of INCLUDE.
 #   cmake -DPROGRAM=... -DNAME=... -DSUMMARY=... -DINCLUDE=x.h2m -DCOMMANDS="a;b" -DOUTPUT=x.1 -P GenerateManual.cmake
