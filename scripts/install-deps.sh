@@ -1,16 +1,44 @@
 #!/usr/bin/env bash
-# Installs what Quelm needs to build, run and test on Debian 12. Safe to run again.
+# Installs what Quelm needs on Debian 12. Safe to run again.
+#   scripts/install-deps.sh run     what building and running needs (scripts/run.sh)
+#   scripts/install-deps.sh test    that, plus what the tests, benchmarks, fuzzers and the package
+#                                   check need (scripts/test.sh); the default
+#   scripts/install-deps.sh --print run|test    list the packages of a set, install nothing
 set -euo pipefail
 
-packages=(
+print=""
+if [ "${1:-}" = "--print" ]; then
+  print=yes
+  shift
+fi
+set_name=${1:-test}
+
+run_packages=(
   build-essential cmake ninja-build pkg-config git
   nlohmann-json3-dev libsystemd-dev uuid-dev libicu-dev
-  googletest libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6svg6
   fonts-inter
-  dbus dbus-bin xvfb xauth xdotool
-  clang libclang-rt-14-dev
+  dbus dbus-bin
+  help2man
 )
+test_packages=(
+  googletest libgtest-dev libgmock-dev libbenchmark-dev
+  xvfb xauth xdotool
+  clang libclang-rt-14-dev
+  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd
+)
+
+case $set_name in
+  run) packages=("${run_packages[@]}") ;;
+  test) packages=("${run_packages[@]}" "${test_packages[@]}") ;;
+  *) echo "install-deps.sh: unknown set \"$set_name\"; use run or test" >&2; exit 2 ;;
+esac
+
+if [ -n "$print" ]; then
+  printf '%s\n' "${packages[@]}"
+  exit 0
+fi
+
 # The icons come from the npm registry; a machine that already has node keeps its own.
 command -v npm >/dev/null 2>&1 || packages+=(nodejs npm)
 
@@ -27,7 +55,8 @@ if ((${#missing[@]})); then
   $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"
 fi
 
-# The icon set, pinned by package-lock.json; the build picks its symbols from node_modules.
+# The icon set, pinned by package-lock.json; the build picks its symbols from node_modules
+# (a build given -DQUELM_ICONS_DIR= an unpacked copy does not need it).
 if [ ! -d "$(dirname "$0")/../node_modules/@phosphor-icons/core" ]; then
   (cd "$(dirname "$0")/.." && npm ci --no-audit --no-fund)
 fi

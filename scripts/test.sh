@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-bash scripts/install-deps.sh
+bash scripts/install-deps.sh test
 
 jobs=$(nproc)
 run_suite() {
@@ -15,7 +15,8 @@ run_suite() {
     xvfb-run -a dbus-run-session -- ctest --test-dir "$dir" --output-on-failure -j "$jobs"
 }
 
-run_suite build/test -DCMAKE_BUILD_TYPE=RelWithDebInfo
+# Configured for /usr, as a Debian package is: the package test builds, installs and removes it.
+run_suite build/test -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_INSTALL_PREFIX=/usr
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
     run_suite build/sanitize -DCMAKE_BUILD_TYPE=Debug -DQUELM_SANITIZE=ON -DQUELM_BUILD_BENCH=OFF
 # Every fuzzer for a minute, on a clang build of its own; any crash fails the run.

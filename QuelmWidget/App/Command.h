@@ -1,26 +1,14 @@
 #pragma once
 
+#include "CommandErrors.h"
+#include "ExitStatus.h"
+
 #include <iosfwd>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
-namespace quelm::app {
-
-// Exit statuses of every subcommand.
-enum ExitStatus : int {
-    exitSuccess = 0,
-    exitFailure = 1,
-    exitUsage = 2, // bad arguments or an input that cannot be used
-};
-
-// A wrong command line or an unusable input: the dispatcher prints the message and exits with
-// `exitUsage`.
-class UsageError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
+namespace quelm::cli {
 
 // One subcommand of quelm-widget. `run` gets the arguments after the subcommand's name (with
 // "--help" already handled) and returns the exit status; it may throw UsageError.

@@ -1,26 +1,20 @@
 // quelm-widget host (and quelm-widget alone): the desktop host.
 
+#include "Arguments.h"
 #include "App/Command.h"
-#include "App/Options.h"
 
 #include "Host/DesktopHostMain.h"
 
 #include <ostream>
 
-namespace quelm::app {
+namespace quelm::cli {
 
 namespace {
 
 int runHost(std::span<const std::string> arguments, std::ostream& out, std::ostream& err)
 {
     host::DesktopHostOptions options;
-    OptionReader reader(arguments);
-    while (!reader.atEnd()) {
-        if (reader.takeFlag("--autostart"))
-            options.autostart = true;
-        else
-            throwUnexpected(reader.next());
-    }
+    options.autostart = Arguments(arguments, { { "--autostart" } }, 0).has("--autostart");
     out.flush();
     // Qt keeps a reference to argc for the application's lifetime.
     static int argc = 1;

@@ -5,7 +5,7 @@
 
 #include <ostream>
 
-namespace quelm::app {
+namespace quelm::cli {
 
 nlohmann::json entryJson(const TimelineEntry& entry)
 {

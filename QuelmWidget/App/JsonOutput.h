@@ -10,7 +10,7 @@
 #include <optional>
 #include <vector>
 
-namespace quelm::app {
+namespace quelm::cli {
 
 // The JSON that the subcommands print. Dates are numbers of seconds since 1970; a snapshot
 // appears in its wire form (quelm::encode), embedded as JSON.

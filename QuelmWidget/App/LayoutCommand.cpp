@@ -1,5 +1,6 @@
 // quelm-widget layout: which sessions, groups and items a family shows, as JSON.
 
+#include "Arguments.h"
 #include "App/Command.h"
 #include "App/JsonOutput.h"
 #include "App/Options.h"
@@ -20,7 +21,7 @@
 #include <sstream>
 #include <string>
 
-namespace quelm::app {
+namespace quelm::cli {
 
 namespace {
 
@@ -37,24 +38,18 @@ int runLayout(std::span<const std::string> arguments, std::ostream& out, std::os
     WidgetSortOrder sortOrder = WidgetSortOrder::category;
     std::optional<std::string> snapshotPath;
 
-    OptionReader options(arguments);
-    std::string value;
-    while (!options.atEnd()) {
-        if (options.takeOption("--family", value))
-            family = parseFamilyArgument(value);
-        else if (options.takeOption("--sort", value))
-            sortOrder = parseSortArgument(value);
-        else if (options.takeOption("--snapshot", value))
-            snapshotPath = value;
-        else
-            throwUnexpected(options.next());
-    }
-    if (!family)
+    const Arguments options(arguments, { { "--family", true }, { "--sort", true }, { "--snapshot", true } }, 0);
+    if (const auto value = options.value("--family"))
+        family = parseFamilyArgument(*value);
+    else
         throwMissingFamily();
+    if (const auto value = options.value("--sort"))
+        sortOrder = parseSortArgument(*value);
+    snapshotPath = options.value("--snapshot");
 
     const WidgetSnapshot snapshot = snapshotPath ? readSnapshotFile(*snapshotPath) : liveSnapshot();
     printJson(out, layoutJson(WidgetLayout(snapshot, *family, sortOrder)));
-    return exitSuccess;
+    return success;
 }
 
 }

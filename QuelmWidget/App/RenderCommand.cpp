@@ -2,6 +2,7 @@
 
 #include "App/RenderCommand.h"
 
+#include "Arguments.h"
 #include "App/Command.h"
 #include "App/Options.h"
 #include "App/SnapshotFile.h"
@@ -28,21 +29,13 @@
 #include <iostream>
 #include <sstream>
 
-namespace quelm::app {
+#include <unistd.h>
+
+namespace quelm::cli {
 
 namespace {
 
 constexpr double largestScale = 8;
-
-double parseNumber(std::string_view option, const std::string& text)
-{
-    char* end = nullptr;
-    errno = 0;
-    const double value = std::strtod(text.c_str(), &end);
-    if (text.empty() || end != text.c_str() + text.size() || errno == ERANGE || !std::isfinite(value))
-        throw UsageError(std::string(option) + " needs a number, not \"" + text + "\"");
-    return value;
-}
 
 SharedStore::AppStatus parseStatus(const std::string& text)
 {
@@ -138,6 +131,10 @@ void writeOutput(const RenderRequest& request, std::string_view bytes, std::ostr
 int runRender(std::span<const std::string> arguments, std::ostream& out, std::ostream&)
 {
     const RenderRequest request = RenderRequest::parse(arguments);
+    // PNG bytes on a terminal garble it and show nothing; the person meant a file.
+    const bool toStandardOutput = !request.outputPath || *request.outputPath == "-";
+    if (request.format == RenderRequest::Format::png && toStandardOutput && isatty(STDOUT_FILENO))
+        throw UsageError("standard output is a terminal; write the PNG to a file with -o FILE, or redirect it");
     const Date now = request.now.value_or(Date::now());
     // Read the input before starting Qt, so that a bad one is refused without any of it.
     const TimelineEntry entry = entryFor(request, now);
@@ -155,7 +152,7 @@ int runRender(std::span<const std::string> arguments, std::ostream& out, std::os
         const QByteArray png = pngBytes(views::paintWidget(rendered, request.scale, views::Palette::fromDesktop()), request.scale);
         writeOutput(request, std::string_view(png.constData(), static_cast<std::size_t>(png.size())), out);
     }
-    return exitSuccess;
+    return success;
 }
 
 }
@@ -167,37 +164,37 @@ RenderRequest RenderRequest::parse(std::span<const std::string> arguments)
     bool sample = false;
     std::optional<std::string> snapshot;
 
-    OptionReader options(arguments);
-    std::string value;
-    while (!options.atEnd()) {
-        if (options.takeOption("--family", value)) {
-            request.family = parseFamilyArgument(value);
-            hasFamily = true;
-        } else if (options.takeOption("--sort", value)) {
-            request.sortOrder = parseSortArgument(value);
-        } else if (options.takeFlag("--sample")) {
-            sample = true;
-        } else if (options.takeOption("--snapshot", value)) {
-            snapshot = value;
-        } else if (options.takeOption("--status", value)) {
-            request.appStatus = parseStatus(value);
-        } else if (options.takeOption("--pending", value)) {
-            const auto [id, action] = parsePending(value);
-            request.pending[id] = action;
-        } else if (options.takeOption("--now", value)) {
-            request.now = Date(parseNumber("--now", value));
-        } else if (options.takeOption("--format", value)) {
-            request.format = parseFormat(value);
-        } else if (options.takeOption("--scale", value)) {
-            request.scale = parseNumber("--scale", value);
-            if (!(request.scale > 0 && request.scale <= largestScale))
-                throw UsageError("--scale must be above 0 and at most 8");
-        } else if (options.takeOption("-o", value) || options.takeOption("--output", value)) {
-            request.outputPath = value;
-        } else {
-            throwUnexpected(options.next());
-        }
+    const Arguments options(arguments,
+        { { "--family", true }, { "--sort", true }, { "--sample" }, { "--snapshot", true }, { "--status", true },
+            { "--pending", true }, { "--now", true }, { "--format", true }, { "--scale", true }, { "-o", true },
+            { "--output", true } },
+        0);
+    if (const auto value = options.value("--family")) {
+        request.family = parseFamilyArgument(*value);
+        hasFamily = true;
     }
+    if (const auto value = options.value("--sort"))
+        request.sortOrder = parseSortArgument(*value);
+    sample = options.has("--sample");
+    snapshot = options.value("--snapshot");
+    if (const auto value = options.value("--status"))
+        request.appStatus = parseStatus(*value);
+    for (const std::string& value : options.values("--pending")) {
+        const auto [id, action] = parsePending(value);
+        request.pending[id] = action;
+    }
+    if (const auto value = options.value("--now"))
+        request.now = Date(parseNumber("--now", *value));
+    if (const auto value = options.value("--format"))
+        request.format = parseFormat(*value);
+    if (const auto value = options.value("--scale")) {
+        request.scale = parseNumber("--scale", *value);
+        if (!(request.scale > 0 && request.scale <= largestScale))
+            throw UsageError("--scale must be above 0 and at most 8");
+    }
+    if (options.has("-o") && options.has("--output"))
+        throw UsageError("-o and --output name the same file; give one of them");
+    request.outputPath = options.has("-o") ? options.value("-o") : options.value("--output");
     if (!hasFamily)
         throwMissingFamily();
     if (sample && snapshot)
@@ -239,7 +236,8 @@ Options:
                       {"family", "appStatus", "size": {w, h}, "root": {...}}, every node with its
                       frame in points
   --scale N           device pixels per point of the PNG (default 2, at most 8)
-  -o, --output FILE   write there instead of standard output
+  -o, --output FILE   write there instead of standard output (a PNG is never written to a
+                      terminal: redirect standard output or give -o)
   --help              show this text
 
 Texts are in the language the snapshot names (base texts in Brazilian Portuguese when there is

@@ -9,7 +9,7 @@
 #include <span>
 #include <string>
 
-namespace quelm::app {
+namespace quelm::cli {
 
 // What `quelm-widget render` was asked to draw, read from its arguments.
 struct RenderRequest {

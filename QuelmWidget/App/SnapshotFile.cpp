@@ -10,7 +10,7 @@
 #include <iostream>
 #include <sstream>
 
-namespace quelm::app {
+namespace quelm::cli {
 
 namespace {
 

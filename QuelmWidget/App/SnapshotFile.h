@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace quelm::app {
+namespace quelm::cli {
 
 // The snapshot document at `path` ("-" for standard input), decoded by the wire rules the widget
 // reads the container with. A file that cannot be read or does not decode throws UsageError

@@ -1,5 +1,6 @@
 // quelm-widget timeline: the provider's answer for the live container, as JSON.
 
+#include "Arguments.h"
 #include "App/Command.h"
 #include "App/JsonOutput.h"
 #include "App/Options.h"
@@ -11,7 +12,7 @@
 #include <optional>
 #include <string>
 
-namespace quelm::app {
+namespace quelm::cli {
 
 namespace {
 
@@ -21,20 +22,14 @@ int runTimeline(std::span<const std::string> arguments, std::ostream& out, std::
     QuelmWidgetConfiguration configuration;
     bool preview = false;
 
-    OptionReader options(arguments);
-    std::string value;
-    while (!options.atEnd()) {
-        if (options.takeOption("--family", value))
-            family = parseFamilyArgument(value);
-        else if (options.takeOption("--sort", value))
-            configuration.sortOrder = parseSortArgument(value);
-        else if (options.takeFlag("--preview"))
-            preview = true;
-        else
-            throwUnexpected(options.next());
-    }
-    if (!family)
+    const Arguments options(arguments, { { "--family", true }, { "--sort", true }, { "--preview" } }, 0);
+    if (const auto value = options.value("--family"))
+        family = parseFamilyArgument(*value);
+    else
         throwMissingFamily();
+    if (const auto value = options.value("--sort"))
+        configuration.sortOrder = parseSortArgument(*value);
+    preview = options.has("--preview");
 
     const TimelineContext context { *family, preview };
     const TimelineProvider provider;
@@ -44,7 +39,7 @@ int runTimeline(std::span<const std::string> arguments, std::ostream& out, std::
         const Timeline timeline = provider.timeline(configuration, context);
         printJson(out, timelineJson(timeline.entries, timeline.reloadAfter));
     }
-    return exitSuccess;
+    return success;
 }
 
 }

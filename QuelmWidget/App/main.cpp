@@ -3,13 +3,15 @@
 
 #include "App/Command.h"
 
+#include "ProgramText.h"
+
 #include <array>
 #include <exception>
 #include <iostream>
 #include <string>
 #include <vector>
 
-namespace quelm::app {
+namespace quelm::cli {
 
 namespace {
 
@@ -33,7 +35,8 @@ void printUsage(std::ostream& out)
 {
     out << "Usage: quelm-widget                (the desktop host: shows the placed widgets)\n"
            "       quelm-widget COMMAND [OPTIONS]\n"
-           "       quelm-widget COMMAND --help\n\n"
+           "       quelm-widget COMMAND --help\n"
+           "       quelm-widget --version\n\n"
            "Commands:\n";
     for (const Command* command : commands) {
         std::string name(command->name);
@@ -53,44 +56,43 @@ int dispatch(const std::vector<std::string>& arguments)
     // Without a command the program is the desktop host.
     if (arguments.empty())
         return dispatch({ std::string(hostCommand.name) });
+    if (asksForVersion(arguments)) {
+        printVersion(std::cout, "quelm-widget");
+        return success;
+    }
     const std::string& name = arguments.front();
     if (isHelp(name) || name == "help") {
         if (name == "help" && arguments.size() > 1) {
             if (const Command* command = findCommand(arguments[1])) {
                 std::cout << command->usage;
-                return exitSuccess;
+                return success;
             }
-            std::cerr << "quelm-widget: unknown command \"" << arguments[1] << "\"\n\n";
-            printUsage(std::cerr);
-            return exitUsage;
+            return reportUsageError(std::cerr, "quelm-widget", "unknown command \"" + arguments[1] + "\"", "quelm-widget");
         }
         printUsage(std::cout);
-        return exitSuccess;
+        return success;
     }
 
     const Command* command = findCommand(name);
     if (!command) {
-        std::cerr << "quelm-widget: unknown command \"" << name << "\"\n\n";
-        printUsage(std::cerr);
-        return exitUsage;
+        return reportUsageError(std::cerr, "quelm-widget", "unknown command \"" + name + "\"", "quelm-widget");
     }
 
     const std::span<const std::string> rest(arguments.begin() + 1, arguments.end());
     for (const std::string& argument : rest) {
         if (isHelp(argument)) {
             std::cout << command->usage;
-            return exitSuccess;
+            return success;
         }
     }
     try {
         return command->run(rest, std::cout, std::cerr);
     } catch (const UsageError& error) {
-        std::cerr << "quelm-widget " << command->name << ": " << error.what() << '\n'
-                  << "Try 'quelm-widget " << command->name << " --help'.\n";
-        return exitUsage;
+        const std::string where = "quelm-widget " + std::string(command->name);
+        return reportUsageError(std::cerr, where, error.what(), where);
     } catch (const std::exception& error) {
         std::cerr << "quelm-widget " << command->name << ": " << error.what() << '\n';
-        return exitFailure;
+        return systemRefused;
     }
 }
 
@@ -101,7 +103,7 @@ int dispatch(const std::vector<std::string>& arguments)
 int main(int argc, char** argv)
 {
     std::vector<std::string> arguments(argv + 1, argv + argc);
-    const int status = quelm::app::dispatch(arguments);
+    const int status = quelm::cli::dispatch(arguments);
     std::cout.flush();
-    return std::cout.fail() && status == quelm::app::exitSuccess ? quelm::app::exitFailure : status;
+    return std::cout.fail() && status == quelm::cli::success ? quelm::cli::systemRefused : status;
 }

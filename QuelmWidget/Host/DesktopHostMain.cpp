@@ -5,6 +5,8 @@
 #include "Host/InstanceStore.h"
 #include "Widget/QuelmWidgetBundle.h"
 
+#include "Host/ApplicationIcon.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -53,6 +55,7 @@ int runDesktopHost(int& argc, char** argv, const DesktopHostOptions& options, st
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("quelm-widget"));
     QApplication::setDesktopFileName(QStringLiteral("dev.quelm.QuelmWidget"));
+    QApplication::setWindowIcon(applicationIcon());
     // The widgets are tool windows; the host ends when the last widget is removed, not closed.
     QApplication::setQuitOnLastWindowClosed(false);
     installTranslation(application);

@@ -16,13 +16,18 @@ void ToggleItemIntent::perform() const
     if (!itemID || !start)
         throw std::logic_error("ToggleItemIntent.perform() needs both itemID and start");
 
-    const auto store = SharedStore::forAppGroup(SharedConstants::appGroupIdentifier);
-    if (!store)
-        return;
+    if (const auto store = SharedStore::forAppGroup(SharedConstants::appGroupIdentifier))
+        perform(*store);
+}
+
+void ToggleItemIntent::perform(const SharedStore& store) const
+{
+    if (!itemID || !start)
+        throw std::logic_error("ToggleItemIntent.perform() needs both itemID and start");
 
     const WidgetCommand command(*itemID, *start ? WidgetCommand::Action::start : WidgetCommand::Action::stop, Uuid::random(), Date::now());
-    store->enqueue(command);
-    store->markPending(command);
+    store.enqueue(command);
+    store.markPending(command);
     Notification::post(SharedConstants::commandNotification);
 }
 

@@ -7,6 +7,8 @@
 
 namespace quelm {
 
+class SharedStore;
+
 // How a host presents one parameter of an intent.
 struct IntentParameter {
     std::string_view name; // the field that holds it
@@ -43,6 +45,8 @@ struct ToggleItemIntent {
     // written, the store's error (std::system_error or EncodingError) propagates and nothing is
     // marked or posted. Throws std::logic_error when a parameter is unset.
     void perform() const;
+    // The same on the container at `store`, for a companion's tool that names its own.
+    void perform(const SharedStore& store) const;
 
     bool operator==(const ToggleItemIntent&) const = default;
 };

@@ -12,10 +12,15 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <filesystem>
+#include <utility>
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+#include <stdlib.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 using namespace quelm;
 using nlohmann::json;
@@ -369,4 +374,73 @@ TEST_F(QuelmWidgetCli, AMissingSnapshotFileIsRefused)
     const auto result = run({ "layout", "--family", "small", "--snapshot", (directory / "absent.json").string() });
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.err, HasSubstr("absent.json"));
+}
+
+// ---- Command line --------------------------------------------------------------------------------
+
+TEST_F(QuelmWidgetCli, VersionIsTheProjectVersion)
+{
+    const auto result = run({ "--version" });
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "quelm-widget " QUELM_PROJECT_VERSION "\n");
+    EXPECT_EQ(result.err, "");
+    EXPECT_THAT(run({ "--help" }).out, HasSubstr("--version"));
+}
+
+TEST_F(QuelmWidgetCli, ABadFlagIsOneLineAndWhereHelpIs)
+{
+    auto result = run({ "render", "--family", "small", "--colour", "red" });
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "quelm-widget render: unknown option \"--colour\"\nTry 'quelm-widget render --help'.\n");
+    result = run({ "frobnicate" });
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "quelm-widget: unknown command \"frobnicate\"\nTry 'quelm-widget --help'.\n");
+}
+
+TEST_F(QuelmWidgetCli, RenderRepeatsPendingAndTakesTheLastOfOtherOptions)
+{
+    const auto result = run({ "render", "--family", "medium", "--family", "small", "--sample", "--format", "json",
+        "--pending", "a=start", "--pending", "b=stop", "--pending", "b" });
+    EXPECT_EQ(result.status, 2) << "a malformed --pending among several is still refused";
+    const auto both = run({ "render", "--family", "medium", "--family", "small", "--sample", "--format", "json" });
+    ASSERT_EQ(both.status, 0) << both.err;
+    EXPECT_EQ(json::parse(both.out)["family"], "systemSmall");
+}
+
+// Runs quelm-widget with its standard output on a new pseudo-terminal, as in an interactive shell;
+// returns the exit status and what reached the terminal.
+std::pair<int, std::string> runOnTerminal(const std::vector<std::string>& arguments, const std::filesystem::path& errors)
+{
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+    if (terminal < 0 || ::grantpt(terminal) != 0 || ::unlockpt(terminal) != 0)
+        throw std::runtime_error("cannot open a pseudo-terminal");
+    std::string command = shellQuoted(programPath());
+    for (const auto& argument : arguments)
+        command += " " + shellQuoted(argument);
+    command += " </dev/null >" + shellQuoted(::ptsname(terminal)) + " 2>" + shellQuoted(errors.string());
+    const int status = std::system(command.c_str());
+
+    std::string shown;
+    ::fcntl(terminal, F_SETFL, O_NONBLOCK);
+    char buffer[4096];
+    ssize_t read;
+    while ((read = ::read(terminal, buffer, sizeof buffer)) > 0)
+        shown.append(buffer, static_cast<std::size_t>(read));
+    ::close(terminal);
+    return { WIFEXITED(status) ? WEXITSTATUS(status) : -1, shown };
+}
+
+TEST_F(QuelmWidgetCli, RenderRefusesToWritePngBytesToATerminal)
+{
+    const ScopedEnvironment offscreen { "QT_QPA_PLATFORM", "offscreen" };
+    const auto [status, shown] = runOnTerminal({ "render", "--family", "small", "--sample" }, directory / "errors");
+    EXPECT_EQ(status, 2);
+    EXPECT_EQ(shown, "") << "no PNG bytes reach the terminal";
+    EXPECT_THAT(readFile(directory / "errors"), HasSubstr("-o FILE"));
+
+    const auto [toFile, shownToo] = runOnTerminal({ "render", "--family", "small", "--sample", "-o", (directory / "small.png").string() },
+        directory / "errors");
+    EXPECT_EQ(toFile, 0) << readFile(directory / "errors");
+    EXPECT_EQ(shownToo, "");
+    EXPECT_EQ(readFile(directory / "small.png").substr(1, 3), "PNG");
 }

@@ -163,6 +163,38 @@ TEST_F(QuelmctlTest, PublishStampSetsUpdatedAtToNow)
     EXPECT_EQ(store.readSnapshot().updatedAt, Date(1795384610.25)) << "without --stamp the document's time stays";
 }
 
+TEST_F(QuelmctlTest, PublishStampSuppliesAMissingUpdatedAt)
+{
+    const std::string withoutTime = R"({"items":[{"id":"a","title":"A","category":"node","isRunning":true}]})";
+    const Result unstamped = run(withRoot({ "publish" }), withoutTime);
+    EXPECT_EQ(unstamped.exitCode, 2);
+    EXPECT_THAT(unstamped.err, HasSubstr("updatedAt"));
+    EXPECT_FALSE(fs::exists(root / "snapshot.json"));
+
+    const double before = Date::now().secondsSince1970();
+    const Result stamped = run(withRoot({ "publish", "--stamp" }), withoutTime);
+    const double after = Date::now().secondsSince1970();
+    ASSERT_EQ(stamped.exitCode, 0) << stamped.err;
+    const WidgetSnapshot published = store.readSnapshot();
+    EXPECT_GE(published.updatedAt.secondsSince1970(), before);
+    EXPECT_LE(published.updatedAt.secondsSince1970(), after);
+    ASSERT_EQ(published.items.size(), 1u);
+    EXPECT_EQ(published.items[0].id, "a");
+}
+
+TEST_F(QuelmctlTest, PublishOfADirectorySaysSoPlainly)
+{
+    fs::create_directories(temporary / "a-folder");
+    const Result publish = run(withRoot({ "publish", (temporary / "a-folder").string() }));
+    EXPECT_EQ(publish.exitCode, 2);
+    EXPECT_EQ(publish.out, "");
+    EXPECT_EQ(lines(publish.err).size(), 1u) << publish.err;
+    EXPECT_THAT(publish.err, HasSubstr("a-folder"));
+    EXPECT_THAT(publish.err, HasSubstr("is a directory"));
+    EXPECT_THAT(publish.err, testing::Not(HasSubstr("basic_filebuf")));
+    EXPECT_FALSE(fs::exists(root / "snapshot.json"));
+}
+
 TEST_F(QuelmctlTest, PublishReportsAWriteFailureWithExitOne)
 {
     writeFile(temporary / "file", "not a directory");
@@ -330,10 +362,21 @@ TEST_F(QuelmctlTest, DrainPrintsReadableLines)
 
 TEST_F(QuelmctlTest, DrainWithoutQueuePrintsNothingAndCreatesNothing)
 {
+    fs::create_directories(root);
     const Result drain = run(withRoot({ "drain" }));
     EXPECT_EQ(drain.exitCode, 0) << drain.err;
     EXPECT_EQ(drain.out, "");
+    EXPECT_TRUE(fs::is_empty(root));
+}
+
+TEST_F(QuelmctlTest, DrainOfAMissingContainerExitsOneAsItsHelpSays)
+{
+    const Result drain = run(withRoot({ "drain", "--json" }));
+    EXPECT_EQ(drain.exitCode, 1);
+    EXPECT_EQ(drain.out, "");
+    EXPECT_THAT(drain.err, HasSubstr("no container at " + root.string()));
     EXPECT_FALSE(fs::exists(root));
+    EXPECT_THAT(run({ "drain", "--help" }).out, HasSubstr("1 no container"));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -373,6 +416,16 @@ TEST_F(QuelmctlTest, StatusJsonOfAnEmptyStore)
     EXPECT_EQ(status["snapshot"], Json::parse(encode(WidgetSnapshot::empty)));
     EXPECT_EQ(status["pending"], Json::object());
     EXPECT_EQ(status.size(), 3u);
+}
+
+TEST_F(QuelmctlTest, StatusSaysNeverForASnapshotOfTheDistantPast)
+{
+    ASSERT_EQ(run(withRoot({ "publish" }), R"({"items":[{"id":"a","title":"A","category":"node","isRunning":false}],"updatedAt":-62135769600})").exitCode, 0);
+    const Result status = run(withRoot({ "status" }));
+    ASSERT_EQ(status.exitCode, 0) << status.err;
+    EXPECT_THAT(status.out, HasSubstr("Snapshot: updated never\n"));
+    EXPECT_THAT(status.out, testing::Not(HasSubstr("0000-")));
+    EXPECT_THAT(status.out, testing::Not(HasSubstr("0001-")));
 }
 
 TEST_F(QuelmctlTest, StatusWithoutJsonIsAReadableSummary)
@@ -457,7 +510,8 @@ TEST_F(QuelmctlTest, MarkJsonForOtherFrames)
     expectRect(json["hole"], 45.25, 25.25, 29.5, 29.5);
     expectRect(json["sphere"], 47.5, 27.5, 25, 25);
 
-    json = Json::parse(run({ "mark", "--size", "0", "--json" }).out);
+    // A zero size is refused as a mistake, but an empty rectangle still computes, to nothing.
+    json = Json::parse(run({ "mark", "--rect", "0,0,0,0", "--json" }).out);
     EXPECT_EQ(json["strokeWidth"].get<double>(), 0);
     expectPoint(json["path"][2]["to"], 0, 0);
 }
@@ -695,6 +749,31 @@ TEST_F(QuelmctlContainerTest, ToggleQueuesACommandAndMarksItPending)
     EXPECT_EQ(status["pending"], Json::parse(R"({"x":"start","group:backend":"stop"})"));
 }
 
+TEST_F(QuelmctlContainerTest, ToggleTakesRootLikeEveryCommandThatTouchesTheContainer)
+{
+    const fs::path other = temporary / "other-store";
+    const Result toggle = run({ "toggle", "db", "--stop", "--root", other.string() }, {}, environment());
+    ASSERT_EQ(toggle.exitCode, 0) << toggle.err;
+
+    const PendingCommands pending = decode<PendingCommands>(readFile(other / "pending.json"));
+    ASSERT_EQ(pending.size(), 1u);
+    EXPECT_EQ(pending.at("db").action, WidgetCommand::Action::stop);
+    const Result drain = run({ "drain", "--json", "--root", other.string() }, {}, environment());
+    ASSERT_EQ(drain.exitCode, 0) << drain.err;
+    EXPECT_EQ(decode<WidgetCommand>(drain.out), pending.at("db"));
+    EXPECT_FALSE(fs::exists(container / "pending.json")) << "the app group container stays untouched";
+    EXPECT_THAT(run({ "toggle", "--help" }).out, HasSubstr("--root DIR"));
+}
+
+TEST_F(QuelmctlContainerTest, ToggleRefusesAnEmptyId)
+{
+    const Result toggle = run({ "toggle", "", "--start" }, {}, environment());
+    EXPECT_EQ(toggle.exitCode, 2);
+    EXPECT_THAT(toggle.err, HasSubstr("empty"));
+    EXPECT_FALSE(fs::exists(container / "commands"));
+    EXPECT_FALSE(fs::exists(container / "pending.json"));
+}
+
 TEST_F(QuelmctlContainerTest, ToggleWithoutContainerExitsOneAndWritesNothing)
 {
     const Result toggle = run({ "toggle", "x", "--start" }, {}, { { "XDG_DATA_HOME", std::nullopt }, { "HOME", std::nullopt } });
@@ -891,7 +970,16 @@ TEST(QuelmctlUsage, HelpPrintsUsageAndExitsZeroEverywhere)
     }
 }
 
-TEST(QuelmctlUsage, BadUsageExitsTwoWithUsageOnStandardError)
+TEST(QuelmctlUsage, VersionIsTheProjectVersion)
+{
+    const Result version = run({ "--version" });
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_EQ(version.out, "quelmctl " QUELM_PROJECT_VERSION "\n");
+    EXPECT_EQ(version.err, "");
+    EXPECT_THAT(run({ "--help" }).out, HasSubstr("--version"));
+}
+
+TEST(QuelmctlUsage, BadUsageIsOneLineNamingTheProblemAndWhereHelpIs)
 {
     TemporaryDirectory temporary;
     const std::string root = (temporary / "store").string();
@@ -910,6 +998,8 @@ TEST(QuelmctlUsage, BadUsageExitsTwoWithUsageOnStandardError)
         { "mark" },
         { "mark", "--json", "--svg" },
         { "mark", "--json", "--size", "-3" },
+        { "mark", "--json", "--size", "0" },
+        { "mark", "--svg", "--size=0" },
         { "mark", "--json", "--size", "big" },
         { "mark", "--json", "--size", "10", "--rect", "0,0,10,10" },
         { "mark", "--json", "--rect", "0,0,10" },
@@ -919,7 +1009,7 @@ TEST(QuelmctlUsage, BadUsageExitsTwoWithUsageOnStandardError)
         { "toggle", "--start" },
         { "toggle", "x", "--start", "--stop" },
         { "toggle", "x", "y", "--start" },
-        { "toggle", "x", "--start", "--root", root },
+        { "toggle", "", "--start", "--root", root },
         { "watch", "--json", "--exec", "true", "--root", root },
         { "watch", "--exec", "", "--root", root },
         { "watch", "--exec" },
@@ -938,8 +1028,17 @@ TEST(QuelmctlUsage, BadUsageExitsTwoWithUsageOnStandardError)
         EXPECT_EQ(result.exitCode, 2) << shown;
         EXPECT_EQ(result.out, "") << shown;
         EXPECT_THAT(result.err, StartsWith("quelmctl")) << shown;
-        EXPECT_THAT(result.err, HasSubstr("Usage: quelmctl")) << shown;
+        const auto errorLines = lines(result.err);
+        ASSERT_EQ(errorLines.size(), 2u) << result.err;
+        EXPECT_THAT(errorLines[1], testing::MatchesRegex("Try 'quelmctl( [a-z]+)? --help'\\.")) << shown;
+        EXPECT_THAT(result.err, testing::Not(HasSubstr("Usage:"))) << shown;
     }
+    const Result unknownOption = run({ "status", "--yaml", "--root", root });
+    EXPECT_EQ(unknownOption.err, "quelmctl status: unknown option \"--yaml\"\nTry 'quelmctl status --help'.\n");
+    const Result noCommand = run({});
+    EXPECT_EQ(noCommand.err, "quelmctl: no command given\nTry 'quelmctl --help'.\n");
+    const Result zeroSize = run({ "mark", "--svg", "--size", "0" });
+    EXPECT_THAT(zeroSize.err, HasSubstr("--size needs a size above 0"));
     EXPECT_FALSE(fs::exists(root));
 }
 

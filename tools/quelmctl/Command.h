@@ -1,21 +1,28 @@
 #pragma once
 
+#include "Arguments.h"
+#include "CommandErrors.h"
+#include "ExitStatus.h"
+
 #include <filesystem>
 #include <optional>
 #include <ostream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace quelmctl {
 
-// What the tool's exit status tells a script.
-enum ExitCode : int {
-    success = 0,
-    systemRefused = 1, // cannot write, no container, a signal or a child could not be set up
-    badUsage = 2,      // unknown command or option, bad argument, refused input document
-};
+// The conventions every Quelm program shares, under the names this tool's commands use.
+using ExitCode = quelm::cli::ExitStatus;
+using enum quelm::cli::ExitStatus;
+using quelm::cli::Arguments;
+using quelm::cli::asksForHelp;
+using quelm::cli::CommandFailure;
+using quelm::cli::OptionSpec;
+using quelm::cli::parseNumber;
+using quelm::cli::parseNumberList;
+using quelm::cli::UsageError;
 
 // One run of a command: the global options already taken out, the command's own arguments left.
 struct Invocation {
@@ -31,27 +38,6 @@ struct Command {
     std::string_view summary;
     std::string_view usage;
     int (*run)(const Invocation&);
-};
-
-// The command line is wrong: the dispatcher prints the message and the command's usage on
-// stderr and exits with badUsage.
-class UsageError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-// The command cannot go on: the dispatcher prints the message on stderr and exits with `code`.
-class CommandFailure : public std::runtime_error {
-public:
-    CommandFailure(ExitCode code, const std::string& message)
-        : std::runtime_error(message)
-        , m_code(code)
-    {
-    }
-    ExitCode code() const { return m_code; }
-
-private:
-    ExitCode m_code;
 };
 
 }

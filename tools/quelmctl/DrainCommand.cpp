@@ -6,6 +6,8 @@
 
 #include <quelm/SharedStore.h>
 
+#include <filesystem>
+
 namespace quelmctl {
 
 namespace {
@@ -14,6 +16,8 @@ int runDrain(const Invocation& invocation)
 {
     const Arguments arguments(invocation.arguments, { { "--json" } }, 0);
     const quelm::SharedStore store = openStore(invocation);
+    if (!std::filesystem::is_directory(store.root()))
+        throw CommandFailure(systemRefused, "no container at " + store.root().string());
     for (const quelm::WidgetCommand& command : store.drainCommands())
         printCommand(invocation.out, command, arguments.has("--json"));
     return success;

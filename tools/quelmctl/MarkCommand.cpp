@@ -22,8 +22,8 @@ quelm::Rect frame(const Arguments& arguments)
         return { numbers[0], numbers[1], numbers[2], numbers[3] };
     }
     const double side = size ? parseNumber("--size", *size) : defaultSize;
-    if (side < 0)
-        throw UsageError("option --size needs a size that is not negative");
+    if (!(side > 0))
+        throw UsageError("option --size needs a size above 0");
     return { 0, 0, side, side };
 }
 

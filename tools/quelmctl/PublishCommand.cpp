@@ -7,6 +7,8 @@
 #include <quelm/SharedStore.h>
 #include <quelm/WireFormat.h>
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <system_error>
 
@@ -21,13 +23,26 @@ std::string oneLine(std::string text)
     return text;
 }
 
+// --stamp sets the time, so a document that leaves it out is still whole with it. A document that
+// is not a JSON object is left as it is, for the decoder to name what is wrong.
+std::string withUpdatedAt(std::string bytes, quelm::Date now)
+{
+    nlohmann::json document = nlohmann::json::parse(bytes, nullptr, false);
+    if (!document.is_object() || document.contains("updatedAt"))
+        return bytes;
+    document["updatedAt"] = now.secondsSince1970();
+    return document.dump();
+}
+
 int runPublish(const Invocation& invocation)
 {
     const Arguments arguments(invocation.arguments, { { "--stamp" } }, 1);
     const std::string source = arguments.operands().empty() ? "-" : arguments.operands().front();
 
     const quelm::SharedStore store = openStore(invocation);
-    const InputDocument document = readInputDocument(source);
+    InputDocument document = readInputDocument(source);
+    if (arguments.has("--stamp"))
+        document.bytes = withUpdatedAt(std::move(document.bytes), quelm::Date::now());
 
     quelm::WidgetSnapshot snapshot;
     try {
@@ -59,7 +74,8 @@ Reads a snapshot document from FILE, or from standard input when FILE is "-" or
 missing, checks it exactly as the widget decodes it, and writes it to the
 store's snapshot.json (atomically).
 
-  --stamp     set "updatedAt" to the current time before writing
+  --stamp     set "updatedAt" to the current time before writing (a document
+              without "updatedAt" is then accepted)
   --root DIR  use DIR as the store instead of the app group container
 
 A document the widget would refuse is not written: the previous snapshot stays,

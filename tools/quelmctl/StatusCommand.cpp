@@ -78,7 +78,8 @@ void printReadable(std::ostream& out, const Status& status)
     if (snapshot == quelm::WidgetSnapshot::empty) {
         out << "Snapshot: none published\n";
     } else {
-        out << "Snapshot: " << iso8601(snapshot.updatedAt);
+        // A snapshot stamped with the distant past was never really updated.
+        out << "Snapshot: " << (snapshot.updatedAt == quelm::Date::distantPast() ? "updated never" : iso8601(snapshot.updatedAt));
         if (snapshot.language)
             out << ", language " << *snapshot.language;
         out << '\n';

@@ -11,6 +11,8 @@
 #include "ToggleCommand.h"
 #include "WatchCommand.h"
 
+#include "ProgramText.h"
+
 #include <algorithm>
 #include <array>
 #include <exception>
@@ -56,6 +58,7 @@ void printToolUsage(std::ostream& out)
            "              ($XDG_DATA_HOME/group-containers/<app group>); before or\n"
            "              after the command\n"
            "  --help      show this help, or a command's with \"quelmctl COMMAND --help\"\n"
+           "  --version   show the version\n"
            "\n"
            "Exit status: 0 success, 1 the system refuses (cannot write, no container),\n"
            "2 bad usage or bad input.\n";
@@ -63,9 +66,7 @@ void printToolUsage(std::ostream& out)
 
 int toolUsageError(const std::string& message)
 {
-    std::cerr << "quelmctl: " << message << "\n\n";
-    printToolUsage(std::cerr);
-    return badUsage;
+    return quelm::cli::reportUsageError(std::cerr, "quelmctl", message, "quelmctl");
 }
 
 int runCommand(const Command& command, Invocation invocation)
@@ -74,8 +75,8 @@ int runCommand(const Command& command, Invocation invocation)
     try {
         return command.run(invocation);
     } catch (const UsageError& error) {
-        std::cerr << prefix << error.what() << "\n\n" << command.usage;
-        return badUsage;
+        return quelm::cli::reportUsageError(std::cerr, "quelmctl " + std::string(command.name), error.what(),
+            "quelmctl " + std::string(command.name));
     } catch (const CommandFailure& error) {
         std::cerr << prefix << error.what() << '\n';
         return error.code();
@@ -93,7 +94,7 @@ int main(int argc, char** argv)
 
     std::optional<std::string> root;
     try {
-        root = takeRootOption(arguments);
+        root = quelm::cli::takeGlobalOption(arguments, "--root");
     } catch (const UsageError& error) {
         return toolUsageError(error.what());
     }
@@ -101,6 +102,10 @@ int main(int argc, char** argv)
     if (arguments.empty())
         return toolUsageError("no command given");
     const std::string& name = arguments.front();
+    if (quelm::cli::asksForVersion(arguments)) {
+        quelm::cli::printVersion(std::cout, "quelmctl");
+        return success;
+    }
     if (name == "--help" || name == "-h") {
         printToolUsage(std::cout);
         return success;
@@ -114,14 +119,14 @@ int main(int argc, char** argv)
             std::cout << command->usage;
             return success;
         }
-        return toolUsageError("unknown command " + arguments[1]);
+        return toolUsageError("unknown command \"" + arguments[1] + "\"");
     }
     if (name.starts_with('-'))
-        return toolUsageError("unknown option " + name);
+        return toolUsageError("unknown option \"" + name + "\"");
 
     const Command* command = findCommand(name);
     if (!command)
-        return toolUsageError("unknown command " + name);
+        return toolUsageError("unknown command \"" + name + "\"");
 
     std::vector<std::string> rest(arguments.begin() + 1, arguments.end());
     if (asksForHelp(rest)) {

@@ -1,18 +1,24 @@
+// SPDX-License-Identifier: MIT
 #include "Arguments.h"
 
-#include "Command.h"
+#include "CommandErrors.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 
-namespace quelmctl {
+namespace quelm::cli {
 
 namespace {
 
 bool isOption(std::string_view argument)
 {
     return argument.size() > 1 && argument.front() == '-';
+}
+
+std::string quoted(std::string_view text)
+{
+    return "\"" + std::string(text) + "\"";
 }
 
 }
@@ -34,31 +40,46 @@ Arguments::Arguments(std::span<const std::string> arguments, std::initializer_li
         const std::string name = argument.substr(0, equals);
         const auto declared = std::find_if(options.begin(), options.end(), [&](const OptionSpec& o) { return o.name == name; });
         if (declared == options.end())
-            throw UsageError("unknown option " + name);
+            throw UsageError("unknown option " + quoted(name));
         if (!declared->takesValue) {
             if (equals != std::string::npos)
                 throw UsageError("option " + name + " takes no value");
-            m_options[name];
+            m_options.emplace_back(name, std::string());
             continue;
         }
         if (equals != std::string::npos) {
-            m_options[name] = argument.substr(equals + 1);
+            m_options.emplace_back(name, argument.substr(equals + 1));
         } else {
             if (i + 1 >= arguments.size())
                 throw UsageError("option " + name + " needs a value");
-            m_options[name] = arguments[++i];
+            m_options.emplace_back(name, arguments[++i]);
         }
     }
     if (m_operands.size() > maximumOperands)
-        throw UsageError("unexpected argument " + m_operands[maximumOperands]);
+        throw UsageError("unexpected argument " + quoted(m_operands[maximumOperands]));
+}
+
+bool Arguments::has(std::string_view option) const
+{
+    return std::any_of(m_options.begin(), m_options.end(), [&](const auto& o) { return o.first == option; });
 }
 
 std::optional<std::string> Arguments::value(std::string_view option) const
 {
-    const auto found = m_options.find(std::string(option));
-    if (found == m_options.end())
+    const auto found = std::find_if(m_options.rbegin(), m_options.rend(), [&](const auto& o) { return o.first == option; });
+    if (found == m_options.rend())
         return std::nullopt;
     return found->second;
+}
+
+std::vector<std::string> Arguments::values(std::string_view option) const
+{
+    std::vector<std::string> found;
+    for (const auto& [name, value] : m_options) {
+        if (name == option)
+            found.push_back(value);
+    }
+    return found;
 }
 
 bool asksForHelp(std::span<const std::string> arguments)
@@ -72,9 +93,10 @@ bool asksForHelp(std::span<const std::string> arguments)
     return false;
 }
 
-std::optional<std::string> takeRootOption(std::vector<std::string>& arguments)
+std::optional<std::string> takeGlobalOption(std::vector<std::string>& arguments, std::string_view name)
 {
-    std::optional<std::string> root;
+    const std::string withEquals = std::string(name) + "=";
+    std::optional<std::string> value;
     std::vector<std::string> rest;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string& argument = arguments[i];
@@ -82,21 +104,21 @@ std::optional<std::string> takeRootOption(std::vector<std::string>& arguments)
             rest.insert(rest.end(), arguments.begin() + static_cast<std::ptrdiff_t>(i), arguments.end());
             break;
         }
-        if (argument == "--root") {
+        if (argument == name) {
             if (i + 1 >= arguments.size())
-                throw UsageError("option --root needs a directory");
-            root = arguments[++i];
-        } else if (argument.starts_with("--root=")) {
-            root = argument.substr(7);
+                throw UsageError("option " + std::string(name) + " needs a value");
+            value = arguments[++i];
+        } else if (argument.starts_with(withEquals)) {
+            value = argument.substr(withEquals.size());
         } else {
             rest.push_back(argument);
             continue;
         }
-        if (root->empty())
-            throw UsageError("option --root needs a directory");
+        if (value->empty())
+            throw UsageError("option " + std::string(name) + " needs a value");
     }
     arguments = std::move(rest);
-    return root;
+    return value;
 }
 
 double parseNumber(std::string_view option, std::string_view text)
@@ -104,7 +126,7 @@ double parseNumber(std::string_view option, std::string_view text)
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (text.empty() || error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
-        throw UsageError("option " + std::string(option) + " needs a number, not \"" + std::string(text) + "\"");
+        throw UsageError("option " + std::string(option) + " needs a number, not " + quoted(text));
     return value;
 }
 
