@@ -2,6 +2,7 @@
 
 #include "Arguments.h"
 #include "CommandHook.h"
+#include "CommandIntake.h"
 #include "CommandOutput.h"
 #include "SessionBus.h"
 #include "StoreLocation.h"
@@ -28,6 +29,7 @@ int runWatch(const Invocation& invocation)
     if (exec && exec->empty())
         throw UsageError("option --exec needs a command");
     const quelm::SharedStore store = openStore(invocation);
+    quelm::CommandConsumer consumer = openConsumer(store);
 
     // Before the observer starts its thread, so that the signals reach only `wakeUps`.
     const TerminationSignals signals;
@@ -43,13 +45,21 @@ int runWatch(const Invocation& invocation)
     const quelm::NotificationObserver observer(std::string(quelm::SharedConstants::commandNotification),
         [&wakeUps] { wakeUps.ring(); });
     do {
-        for (const quelm::WidgetCommand& command : store.drainCommands()) {
+        const quelm::ClaimBatch batch = consumer.claim();
+        for (const quelm::ClaimedCommand& claimed : batch.commands) {
+            // Acknowledged once printed or once CMD has returned, whatever its status: a watch
+            // killed before that leaves the command to the next consumer.
             if (!hook) {
-                printCommand(invocation.out, command, json);
-            } else if (const std::string failure = hook->run(command); !failure.empty()) {
-                invocation.err << "quelmctl watch: " << readableLine(command) << ": " << failure << '\n';
+                printCommand(invocation.out, claimed.command, json);
+                if (!invocation.out)
+                    throw CommandFailure(systemRefused, "cannot print the commands; those not printed wait in the queue");
+            } else if (const std::string failure = hook->run(claimed.command); !failure.empty()) {
+                invocation.err << "quelmctl watch: " << readableLine(claimed.command) << ": " << failure << '\n';
             }
+            acknowledge(consumer, claimed);
         }
+        if (batch.failed())
+            invocation.err << "quelmctl watch: " << describeFailure(batch) << '\n';
     } while (wakeUps.wait(std::nullopt) == WakeUps::Reason::rung);
     return success;
 }
