@@ -18,6 +18,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -332,4 +333,133 @@ TEST_F(QuelmctlDelivery, EveryWriteFlushesItsDirectoryAfterTheRename)
         EXPECT_NE(log.find("fsync(", renamed), std::string::npos) << log;
         EXPECT_NE(log.find(directory, renamed), std::string::npos) << "no fsync of " << directory << " after the rename:\n" << log;
     }
+}
+
+namespace {
+
+// A bus daemon at a fixed address, so that it can go away and come back where it was.
+class BusDaemonAt {
+public:
+    explicit BusDaemonAt(fs::path socket)
+        : m_socket(std::move(socket))
+    {
+    }
+    ~BusDaemonAt() { stop(); }
+
+    std::string address() const { return "unix:path=" + m_socket.string(); }
+
+    bool start()
+    {
+        fs::remove(m_socket);
+        m_pid = ::fork();
+        if (m_pid == 0) {
+            const int quiet = ::open("/dev/null", O_WRONLY);
+            ::dup2(quiet, 1);
+            ::dup2(quiet, 2);
+            const std::string address = "--address=" + this->address();
+            ::execlp("dbus-daemon", "dbus-daemon", "--session", "--nofork", "--nosyslog", address.c_str(), nullptr);
+            ::_exit(127);
+        }
+        // Up once its socket is there; a generous deadline for a loaded machine.
+        for (auto end = std::chrono::steady_clock::now() + 30s; std::chrono::steady_clock::now() < end;
+             std::this_thread::sleep_for(10ms)) {
+            if (fs::exists(m_socket))
+                return true;
+        }
+        return false;
+    }
+
+    void stop()
+    {
+        if (m_pid <= 0)
+            return;
+        ::kill(m_pid, SIGTERM);
+        while (::waitpid(m_pid, nullptr, 0) < 0 && errno == EINTR) {
+        }
+        m_pid = 0;
+    }
+
+    // How many connections the daemon has besides the one asking.
+    int connections() const
+    {
+        const std::string command = "dbus-send --bus=" + address()
+            + " --print-reply --dest=org.freedesktop.DBus /org/freedesktop/DBus org.freedesktop.DBus.ListNames 2>/dev/null"
+              " | grep -c 'string \":'";
+        FILE* pipe = ::popen(command.c_str(), "r");
+        if (!pipe)
+            return -1;
+        int count = 0;
+        if (std::fscanf(pipe, "%d", &count) != 1)
+            count = -1;
+        ::pclose(pipe);
+        return count - 1;
+    }
+
+private:
+    fs::path m_socket;
+    pid_t m_pid = 0;
+};
+
+template<class Condition>
+bool waitFor(Condition condition)
+{
+    for (auto end = std::chrono::steady_clock::now() + 60s; std::chrono::steady_clock::now() < end;
+         std::this_thread::sleep_for(20ms)) {
+        if (condition())
+            return true;
+    }
+    return false;
+}
+
+}
+
+// Before, with no bus a watch took only the commands waiting at its start.
+TEST_F(QuelmctlDelivery, AWatchWithoutABusTakesEachCommandAsItArrives)
+{
+    store.writeSnapshot(WidgetSnapshot::empty);
+    Child watch(withRoot({ "watch", "--json" }), { { "DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (temporary / "no-bus").string() } });
+    ASSERT_TRUE(waitFor([&] { return fs::exists(root / "claimed") && !fs::is_empty(root / "claimed"); }));
+    for (int i = 0; i < 3; ++i) {
+        const auto command = commandAt(aMoment + i);
+        store.enqueue(command);
+        const auto line = watch.readLine(60s);
+        ASSERT_TRUE(line) << "the command was not taken";
+        EXPECT_EQ(decode<WidgetCommand>(*line), command);
+    }
+    watch.signal(SIGTERM);
+    const Result result = watch.finish(60s);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("no session bus"));
+}
+
+// Before, a watch never listened again after the bus restarted, and never took another command.
+TEST_F(QuelmctlDelivery, AWatchTakesCommandsWhileTheBusIsAwayAndListensAgainWhenItIsBack)
+{
+    if (::system("dbus-send --help >/dev/null 2>&1") != 0 && ::system("command -v dbus-send >/dev/null") != 0)
+        GTEST_SKIP() << "dbus-send is not installed";
+    store.writeSnapshot(WidgetSnapshot::empty);
+    BusDaemonAt bus(temporary / "bus");
+    ASSERT_TRUE(bus.start());
+    Child watch(withRoot({ "watch", "--json" }), { { "DBUS_SESSION_BUS_ADDRESS", bus.address() } });
+    ASSERT_TRUE(waitFor([&] { return bus.connections() >= 1; })) << "the watch never connected";
+
+    bus.stop();
+    const auto whileAway = commandAt(aMoment);
+    store.enqueue(whileAway);
+    auto line = watch.readLine(60s);
+    ASSERT_TRUE(line) << "the command queued while the bus was away was not taken";
+    EXPECT_EQ(decode<WidgetCommand>(*line), whileAway);
+
+    ASSERT_TRUE(bus.start());
+    EXPECT_TRUE(waitFor([&] { return bus.connections() >= 1; })) << "the watch did not connect to the bus again";
+    const auto afterwards = commandAt(aMoment + 1);
+    store.enqueue(afterwards);
+    line = watch.readLine(60s);
+    ASSERT_TRUE(line);
+    EXPECT_EQ(decode<WidgetCommand>(*line), afterwards);
+
+    watch.signal(SIGTERM);
+    const Result result = watch.finish(60s);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("listening on the session bus again"));
 }
