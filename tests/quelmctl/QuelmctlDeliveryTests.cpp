@@ -5,7 +5,8 @@
 // ends with exit status 1.
 //
 // QUELM_DRAIN_KILLS sets how many `quelmctl drain` processes are killed (default 30;
-// scripts/stress.sh runs 1000).
+// scripts/stress.sh runs 1000), QUELM_CLAIM_COMMANDS the commands four drains share at once
+// (default 2000; scripts/stress.sh runs 10000).
 
 #include <quelm/SharedStore.h>
 #include <quelm/WireFormat.h>
@@ -17,6 +18,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -194,10 +196,46 @@ TEST_F(QuelmctlDelivery, DrainsKilledAtRandomLoseNoCommand)
     EXPECT_THAT(entriesOf(commands), IsEmpty());
 }
 
+// Before, 817 of 10,000 commands were lost to watches killed mid-batch.
+TEST_F(QuelmctlDelivery, WatchesKilledAtRandomLoseNoCommand)
+{
+    const int kills = std::max(10, configuredCount("QUELM_DRAIN_KILLS", 30) / 3);
+    const std::set<std::string> enqueued = enqueue(kills * 60);
+    std::map<std::string, int> delivered;
+    std::mt19937 random(std::random_device {}());
+    std::uniform_int_distribution<int> instant(0, 30'000);
+    int killed = 0;
+    for (int attempt = 0; attempt < kills; ++attempt) {
+        Child watch(withRoot({ "watch", "--json" }), { { "DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (temporary / "no-bus").string() } });
+        std::this_thread::sleep_for(std::chrono::microseconds(instant(random)));
+        watch.signal(SIGKILL);
+        const Result result = watch.finish(120s);
+        killed += result.exitCode == 128 + SIGKILL ? 1 : 0;
+        for (const auto& id : deliveredIds(result.out))
+            ++delivered[id];
+    }
+    const Result last = run(withRoot({ "drain", "--json" }));
+    ASSERT_EQ(last.exitCode, 0) << last.err;
+    for (const auto& id : deliveredIds(last.out))
+        ++delivered[id];
+
+    std::size_t lost = 0;
+    for (const auto& id : enqueued)
+        lost += delivered.count(id) ? 0 : 1;
+    std::size_t again = 0;
+    for (const auto& [id, times] : delivered)
+        again += std::size_t(times - 1);
+    std::cout << enqueued.size() << " commands, " << killed << " watches killed: " << delivered.size() << " delivered, "
+              << again << " again after a kill, " << lost << " lost\n";
+    EXPECT_EQ(lost, 0u);
+    EXPECT_LE(again, std::size_t(killed));
+    EXPECT_THAT(entriesOf(commands), IsEmpty());
+}
+
 // Before, two drains at once delivered up to a third of the commands twice.
 TEST_F(QuelmctlDelivery, FourDrainsAtOnceDeliverEachCommandOnce)
 {
-    const std::set<std::string> enqueued = enqueue(2000);
+    const std::set<std::string> enqueued = enqueue(configuredCount("QUELM_CLAIM_COMMANDS", 2000));
     std::vector<std::unique_ptr<Child>> drains;
     for (int i = 0; i < 4; ++i)
         drains.push_back(std::make_unique<Child>(withRoot({ "drain", "--json" })));
@@ -211,6 +249,7 @@ TEST_F(QuelmctlDelivery, FourDrainsAtOnceDeliverEachCommandOnce)
     std::size_t twice = 0;
     for (const auto& [id, times] : delivered)
         twice += times > 1 ? 1 : 0;
+    std::cout << enqueued.size() << " commands, 4 drains at once: " << delivered.size() << " delivered, " << twice << " twice\n";
     EXPECT_EQ(twice, 0u);
     EXPECT_EQ(delivered.size(), enqueued.size());
     EXPECT_THAT(entriesOf(commands), IsEmpty());
