@@ -26,6 +26,7 @@ test_packages=(
   xvfb xauth xdotool
   clang libclang-rt-14-dev
   dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd
+  strace
 )
 
 case $set_name in

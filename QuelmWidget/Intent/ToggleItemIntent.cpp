@@ -17,18 +17,20 @@ void ToggleItemIntent::perform() const
         throw std::logic_error("ToggleItemIntent.perform() needs both itemID and start");
 
     if (const auto store = SharedStore::forAppGroup(SharedConstants::appGroupIdentifier))
-        perform(*store);
+        (void)perform(*store);
 }
 
-void ToggleItemIntent::perform(const SharedStore& store) const
+std::error_code ToggleItemIntent::perform(const SharedStore& store) const
 {
     if (!itemID || !start)
         throw std::logic_error("ToggleItemIntent.perform() needs both itemID and start");
 
     const WidgetCommand command(*itemID, *start ? WidgetCommand::Action::start : WidgetCommand::Action::stop, Uuid::random(), Date::now());
     store.enqueue(command);
-    store.markPending(command);
+    std::error_code markFailure;
+    store.markPending(command, markFailure);
     Notification::post(SharedConstants::commandNotification);
+    return markFailure;
 }
 
 }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace quelm {
 
@@ -45,8 +46,10 @@ struct ToggleItemIntent {
     // written, the store's error (std::system_error or EncodingError) propagates and nothing is
     // marked or posted. Throws std::logic_error when a parameter is unset.
     void perform() const;
-    // The same on the container at `store`, for a companion's tool that names its own.
-    void perform(const SharedStore& store) const;
+    // The same on the container at `store`, for a companion's tool that names its own. Returns
+    // why the item could not be marked pending (the command is queued all the same), which a tap
+    // lets pass and a tool reports.
+    std::error_code perform(const SharedStore& store) const;
 
     bool operator==(const ToggleItemIntent&) const = default;
 };

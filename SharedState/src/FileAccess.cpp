@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
+#include <ctime>
+#include <memory>
 #include <string>
 #include <system_error>
 #include <vector>
 
 #include <dirent.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -47,11 +51,6 @@ private:
     throw std::filesystem::filesystem_error(what, path, std::error_code(error, std::generic_category()));
 }
 
-bool isDotOrDotDot(const char* name)
-{
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
-
 int makeDirectories(const std::filesystem::path& directory)
 {
     struct stat info {};
@@ -76,18 +75,6 @@ int makeDirectories(const std::filesystem::path& directory)
     return 0;
 }
 
-// Lists a directory's entries other than "." and "..". Listing first and removing after: entries
-// removed during a listing may be listed again.
-std::vector<std::string> entryNames(DIR* directory)
-{
-    std::vector<std::string> names;
-    while (const dirent* entry = ::readdir(directory)) {
-        if (!isDotOrDotDot(entry->d_name))
-            names.emplace_back(entry->d_name);
-    }
-    return names;
-}
-
 bool unlinkNonDirectoryAt(int directoryFD, const char* name, bool& isDirectory)
 {
     if (::unlinkat(directoryFD, name, 0) == 0)
@@ -97,61 +84,66 @@ bool unlinkNonDirectoryAt(int directoryFD, const char* name, bool& isDirectory)
     return false;
 }
 
-// Removes the directory `name` of `parentFD` with everything in it, depth first, without
-// recursion (a hostile tree may be deep) and without following any link. A subdirectory that
-// cannot be opened, for lack of permission or of file descriptors, is left with its parents.
-void removeDirectoryTreeAt(int parentFD, const char* name)
-{
-    struct Level {
-        DIR* directory;
-        std::string name; // in the level above
-        std::vector<std::string> children;
-        std::size_t next = 0;
-    };
-    std::vector<Level> levels;
-    auto enter = [&](int fd, const std::string& childName) {
-        int childFD = ::openat(fd, childName.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-        if (childFD < 0)
-            return false;
-        DIR* directory = ::fdopendir(childFD);
-        if (!directory) {
-            ::close(childFD);
-            return false;
-        }
-        try {
-            levels.push_back({ directory, childName, entryNames(directory) });
-        } catch (...) {
-            ::closedir(directory);
-            throw;
-        }
-        return true;
-    };
+struct DirectoryCloser {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+};
+using Directory = std::unique_ptr<DIR, DirectoryCloser>;
 
+bool isHexDigit(char c)
+{
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
+// ".<name>.XXXXXX", mkstemp's six characters at the end.
+bool isTemporaryOf(std::string_view entry, std::string_view name)
+{
+    return entry.size() == name.size() + 8 && entry[0] == '.' && entry.substr(1, name.size()) == name
+        && entry[name.size() + 1] == '.';
+}
+
+// ".<UUID>.json.XXXXXX"
+bool isCommandTemporary(std::string_view entry)
+{
+    constexpr std::size_t uuidLength = 36;
+    if (entry.size() != 1 + uuidLength + 5 + 1 + 6 || entry[0] != '.' || entry.substr(1 + uuidLength, 6) != ".json.")
+        return false;
+    for (std::size_t i = 0; i < uuidLength; ++i) {
+        const char c = entry[1 + i];
+        const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
+        if (dash ? c != '-' : !isHexDigit(c))
+            return false;
+    }
+    return true;
+}
+
+// Removes the temporary files of one kind that are older than a minute: a writer killed between
+// mkstemp and rename leaves its file, and nothing else ever would. Best effort.
+void removeStaleTemporaries(const std::filesystem::path& directory, std::string_view name, Leftovers kind) noexcept
+{
     try {
-        if (!enter(parentFD, name)) {
-            // Unreadable, yet it may be empty.
-            ::unlinkat(parentFD, name, AT_REMOVEDIR);
+        const int fd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
+        if (fd < 0)
+            return;
+        Directory listing(::fdopendir(fd));
+        if (!listing) {
+            ::close(fd);
             return;
         }
-        while (!levels.empty()) {
-            auto& level = levels.back();
-            if (level.next < level.children.size()) {
-                std::string child = level.children[level.next++];
-                int fd = ::dirfd(level.directory);
-                bool isDirectory = false;
-                if (!unlinkNonDirectoryAt(fd, child.c_str(), isDirectory) && isDirectory)
-                    enter(fd, child);
+        timespec now {};
+        ::clock_gettime(CLOCK_REALTIME, &now);
+        std::vector<std::string> stale;
+        while (const dirent* entry = ::readdir(listing.get())) {
+            const std::string_view entryName = entry->d_name;
+            if (kind == Leftovers::ofTheSameFile ? !isTemporaryOf(entryName, name) : !isCommandTemporary(entryName))
                 continue;
-            }
-            ::closedir(level.directory);
-            std::string finished = std::move(level.name);
-            levels.pop_back();
-            ::unlinkat(levels.empty() ? parentFD : ::dirfd(levels.back().directory), finished.c_str(), AT_REMOVEDIR);
+            struct stat info {};
+            if (::fstatat(fd, entry->d_name, &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(info.st_mode)
+                && now.tv_sec - info.st_mtim.tv_sec > staleTemporaryAgeSeconds)
+                stale.emplace_back(entryName);
         }
+        for (const auto& entry : stale)
+            ::unlinkat(fd, entry.c_str(), 0);
     } catch (...) {
-        // Out of memory: leave the rest.
-        for (auto& level : levels)
-            ::closedir(level.directory);
     }
 }
 
@@ -221,13 +213,19 @@ void createPrivateDirectories(const std::filesystem::path& directory)
         fail(error, "cannot create directory", directory);
 }
 
-void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes)
+void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes, std::size_t maximumSize)
 {
-    writeFileAtomically(path, bytes, path.parent_path());
+    writeFileAtomically(path, bytes, maximumSize, path.parent_path(), Leftovers::ofTheSameFile);
 }
 
-void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes, const std::filesystem::path& stagingDirectory)
+void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes, std::size_t maximumSize,
+    const std::filesystem::path& stagingDirectory, Leftovers leftovers)
 {
+    // A reader would refuse it: better that the writer hears of it than that the reader sees nothing.
+    if (bytes.size() > maximumSize)
+        fail(EFBIG, maximumSize > 1024 * 1024 ? "the document is larger than the 16 MiB a reader accepts" : "the document is larger than the 64 KiB a reader accepts", path);
+    removeStaleTemporaries(stagingDirectory, path.filename().native(), leftovers);
+
     // A hidden name, on the target's file system, so that rename replaces the target in one step.
     std::string name = ".";
     name += path.filename().native();
@@ -265,13 +263,83 @@ void writeFileAtomically(const std::filesystem::path& path, std::string_view byt
         failWith(errno, "cannot write");
     if (::rename(temporary.c_str(), path.c_str()) != 0)
         failWith(errno, "cannot replace");
+    // Until its directory is on the disk too, a renamed file may vanish with a power cut.
+    if (int error = syncDirectory(path.parent_path()))
+        fail(error, "cannot flush the directory of", path);
 }
 
-void removeEntryAt(int directoryFD, const char* name) noexcept
+int syncDirectory(const std::filesystem::path& directory) noexcept
+{
+    FileDescriptor fd(::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (fd.get() < 0)
+        return errno;
+    // A file system that cannot flush a directory (EINVAL) has nothing to flush.
+    if (::fsync(fd.get()) != 0 && errno != EINVAL)
+        return errno;
+    return 0;
+}
+
+int removeEntryAt(int directoryFD, const char* name) noexcept
 {
     bool isDirectory = false;
-    if (!unlinkNonDirectoryAt(directoryFD, name, isDirectory) && isDirectory)
-        removeDirectoryTreeAt(directoryFD, name);
+    if (unlinkNonDirectoryAt(directoryFD, name, isDirectory))
+        return 0;
+    return isDirectory ? EISDIR : errno;
+}
+
+std::string distrust(const std::filesystem::path& directory) noexcept
+{
+    try {
+        struct stat info {};
+        // What is missing or no directory has nothing to distrust: every use of it fails anyway.
+        if (::stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode))
+            return {};
+        if (info.st_uid != ::geteuid())
+            return directory.string() + " belongs to another user (uid " + std::to_string(info.st_uid) + ")";
+        if (info.st_mode & (S_IWGRP | S_IWOTH))
+            return directory.string() + " may be written by other users (mode " + std::to_string((info.st_mode >> 6) & 7)
+                + std::to_string((info.st_mode >> 3) & 7) + std::to_string(info.st_mode & 7) + ")";
+        return {};
+    } catch (...) {
+        return "cannot check " + directory.string();
+    }
+}
+
+void requireTrusted(const std::filesystem::path& directory)
+{
+    if (auto reason = distrust(directory); !reason.empty())
+        throw std::filesystem::filesystem_error("refusing a container that is not private: " + reason, directory,
+            std::error_code(EACCES, std::generic_category()));
+}
+
+FileLock::FileLock(const std::filesystem::path& path)
+{
+    m_fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, privateFileMode);
+    if (m_fd < 0)
+        fail(errno, "cannot open the lock file", path);
+    struct stat info {};
+    int error = 0;
+    if (::fstat(m_fd, &info) != 0)
+        error = errno;
+    else if (!S_ISREG(info.st_mode))
+        error = EINVAL;
+    else {
+        while (::flock(m_fd, LOCK_EX) != 0) {
+            if (errno != EINTR) {
+                error = errno;
+                break;
+            }
+        }
+    }
+    if (error) {
+        ::close(m_fd);
+        fail(error, "cannot lock", path);
+    }
+}
+
+FileLock::~FileLock()
+{
+    ::close(m_fd);
 }
 
 }

@@ -44,20 +44,58 @@ inline FileRead readRegularFile(const std::filesystem::path& path, std::size_t m
 // `directory` or a parent exists as something else.
 void createPrivateDirectories(const std::filesystem::path& directory);
 
+// How old a writer's temporary file must be before another write of its kind removes it: a write
+// takes well under a second, so such a file belongs to a writer that died.
+inline constexpr int staleTemporaryAgeSeconds = 60;
+
+// Which leftover temporary files a write sweeps from its staging directory.
+enum class Leftovers {
+    ofTheSameFile, // ".<name>.XXXXXX" for the file written
+    ofAnyCommand, // ".<UUID>.json.XXXXXX": every command has a name of its own
+};
+
 // Replaces `path` with a file of mode 0600 holding `bytes`: a temporary file in the same directory
-// (mkstemp), written whole, fsync'ed, then renamed over `path`. Throws
-// std::filesystem::filesystem_error carrying the errno; on failure the previous file is untouched
-// and the temporary file is gone.
-void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes);
+// (mkstemp), written whole, fsync'ed, renamed over `path`, and the directory fsync'ed, so that the
+// new file outlives a power cut. Temporary files of the same kind that writers killed mid-write
+// left, older than a minute, are removed first. Throws std::filesystem::filesystem_error carrying
+// the errno; on failure the previous file is untouched and the temporary file is gone. A document
+// larger than `maximumSize` (what a reader accepts) is refused with EFBIG before anything is written.
+void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes, std::size_t maximumSize);
 
 // The same with the temporary file in `stagingDirectory`, which must be on the file system of
 // `path`: for a directory whose reader consumes every entry it lists, a half-written file must
 // not appear in it at all.
-void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes, const std::filesystem::path& stagingDirectory);
+void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes, std::size_t maximumSize,
+    const std::filesystem::path& stagingDirectory, Leftovers);
 
-// Removes the entry `name` of the directory `directoryFD`: a directory with everything in it,
-// anything else (a symbolic link included) by unlinking it. Links are never followed. Failures
-// are ignored.
-void removeEntryAt(int directoryFD, const char* name) noexcept;
+// Flushes a directory's entries to the disk. Returns the errno, 0 on success.
+int syncDirectory(const std::filesystem::path& directory) noexcept;
+
+// Unlinks the entry `name` of the directory `directoryFD` unless it is a directory: nothing is ever
+// removed recursively, so nothing on another file system mounted there. Links are never followed.
+// Returns the errno, 0 on success (EISDIR for a directory, which is left).
+int removeEntryAt(int directoryFD, const char* name) noexcept;
+
+// Empty when `directory` is a directory of this user that neither group nor others may write, or
+// no directory at all (which every use fails on anyway); otherwise why it must not be used. Links
+// are followed: the container may be one.
+std::string distrust(const std::filesystem::path& directory) noexcept;
+
+// Throws std::filesystem::filesystem_error (EACCES) carrying `distrust`'s reason, if any.
+void requireTrusted(const std::filesystem::path& directory);
+
+// An exclusive advisory lock on the file `path` (created 0600 when missing, never through a link),
+// held until destruction: serialises the read-modify-write of a document between processes.
+// Throws std::filesystem::filesystem_error carrying the errno.
+class FileLock {
+public:
+    explicit FileLock(const std::filesystem::path& path);
+    ~FileLock();
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+private:
+    int m_fd = -1;
+};
 
 }

@@ -65,8 +65,10 @@ NotificationListener::NotificationListener(std::string name, const std::function
         return;
     }
     try {
+        m_listening.store(true, std::memory_order_release);
         m_thread = std::thread([this] { run(); });
     } catch (const std::system_error&) {
+        m_listening.store(false, std::memory_order_release);
         release();
     }
 }
@@ -128,8 +130,11 @@ void NotificationListener::run()
     for (;;) {
         while (connected) {
             const int processed = sd_bus_process(m_bus, nullptr);
-            if (processed < 0)
-                connected = false; // The bus went away: nothing more can arrive; wait for the stop.
+            if (processed < 0) {
+                // The bus went away: nothing more can arrive; wait for the stop.
+                connected = false;
+                m_listening.store(false, std::memory_order_release);
+            }
             if (processed <= 0)
                 break;
             if (m_stopping.load(std::memory_order_acquire))

@@ -36,6 +36,9 @@ public:
     NotificationListener(const NotificationListener&) = delete;
     NotificationListener& operator=(const NotificationListener&) = delete;
 
+    // False once the bus has gone away (or when there was none): nothing more can arrive.
+    bool isListening() const { return m_listening.load(std::memory_order_acquire); }
+
 private:
     static int onMessage(sd_bus_message*, void* userdata, sd_bus_error*);
     bool subscribe();
@@ -48,6 +51,7 @@ private:
     sd_bus_slot* m_filter = nullptr;
     int m_wake = -1;
     std::atomic<bool> m_stopping { false };
+    std::atomic<bool> m_listening { false };
     std::thread m_thread;
 };
 

@@ -11,6 +11,11 @@ NotificationObserver::NotificationObserver(std::string name, std::function<void(
 {
 }
 
+bool NotificationObserver::isListening() const
+{
+    return m_listener && m_listener->isListening();
+}
+
 NotificationObserver::~NotificationObserver()
 {
     // Stop observing (and wait out a delivery in progress) before the handler is released.

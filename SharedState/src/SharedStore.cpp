@@ -49,14 +49,18 @@ std::optional<SharedStore> SharedStore::forAppGroup(std::string_view appGroup)
 
 void SharedStore::writeSnapshot(const WidgetSnapshot& snapshot) const
 {
+    detail::requireTrusted(m_root);
     detail::createPrivateDirectories(m_root);
+    detail::requireTrusted(m_root);
     auto bytes = encode(snapshot);
-    detail::writeFileAtomically(m_root / snapshotFileName, bytes);
+    detail::writeFileAtomically(m_root / snapshotFileName, bytes, detail::maximumDocumentSize);
 }
 
 WidgetSnapshot SharedStore::readSnapshot() const noexcept
 {
     try {
+        if (!detail::distrust(m_root).empty())
+            return WidgetSnapshot::empty;
         auto file = detail::readRegularFile(m_root / snapshotFileName, detail::maximumDocumentSize);
         if (file.succeeded())
             return decode<WidgetSnapshot>(file.bytes);
@@ -67,16 +71,30 @@ WidgetSnapshot SharedStore::readSnapshot() const noexcept
 
 void SharedStore::touchHeartbeat(Date date) const noexcept
 {
+    std::error_code ignored;
+    touchHeartbeat(date, ignored);
+}
+
+void SharedStore::touchHeartbeat(Date date, std::error_code& error) const noexcept
+{
+    error.clear();
     // The root is deliberately not created here: the app's first writeSnapshot does that.
     try {
-        detail::writeFileAtomically(m_root / heartbeatFileName, detail::formatHeartbeat(date.secondsSince1970()));
+        detail::requireTrusted(m_root);
+        detail::writeFileAtomically(m_root / heartbeatFileName, detail::formatHeartbeat(date.secondsSince1970()),
+            detail::maximumSmallFileSize);
+    } catch (const std::system_error& failure) {
+        error = failure.code();
     } catch (...) {
+        error = std::make_error_code(std::errc::not_enough_memory);
     }
 }
 
 SharedStore::AppStatus SharedStore::appStatus(Date now) const noexcept
 {
     try {
+        if (!detail::distrust(m_root).empty())
+            return AppStatus::noAccess;
         auto file = detail::readRegularFile(m_root / heartbeatFileName, detail::maximumSmallFileSize);
         if (!file.succeeded())
             return file.error == EACCES || file.error == EPERM ? AppStatus::noAccess : AppStatus::notRunning;
@@ -89,6 +107,14 @@ SharedStore::AppStatus SharedStore::appStatus(Date now) const noexcept
     } catch (...) {
         return AppStatus::notRunning;
     }
+}
+
+std::string SharedStore::refusal() const
+{
+    auto reason = detail::distrust(m_root);
+    if (reason.empty())
+        reason = detail::distrust(m_root / "commands");
+    return reason;
 }
 
 std::string_view rawValue(SharedStore::AppStatus status)

@@ -463,3 +463,23 @@ TEST(NotificationTests, DestroyingObserversWhilePostsRaceNeverCallsADestroyedHan
         poster.join();
     EXPECT_EQ(lateCalls.load(), 0);
 }
+
+// A consumer that must listen again after the bus daemon restarted needs to know that it stopped.
+TEST(NotificationObserverConnection, ListensWhileItsBusIsThereAndSaysWhenItWentAway)
+{
+    std::optional<test::DedicatedSessionBus> bus(std::in_place);
+    {
+        const test::ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", bus->address());
+        const NotificationObserver observer(uniqueNotificationName("listening"), [] {});
+        EXPECT_TRUE(observer.isListening());
+        bus.reset();
+        bool stopped = false;
+        for (auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60); !stopped && std::chrono::steady_clock::now() < end;
+             std::this_thread::sleep_for(std::chrono::milliseconds(10)))
+            stopped = !observer.isListening();
+        EXPECT_TRUE(stopped) << "the observer still says it listens to a bus that is gone";
+    }
+    const test::ScopedEnvironment nowhere("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/quelm-test-bus");
+    const NotificationObserver without(uniqueNotificationName("listening"), [] {});
+    EXPECT_FALSE(without.isListening());
+}

@@ -488,6 +488,11 @@ TEST(SharedStoreHeartbeat, HeartbeatWithoutReadPermissionMeansNoAccess)
     ASSERT_EQ(::chmod((open.root() / "heartbeat").c_str(), 0644), 0);
     if (::geteuid() != 0) {
         ASSERT_EQ(::chmod((closed.root() / "heartbeat").c_str(), 0), 0);
+    } else {
+        // The reader's own containers (another user's would be refused outright), holding a
+        // heartbeat that root wrote.
+        for (const auto* store : { &closed, &open })
+            ASSERT_EQ(::chown(store->root().c_str(), nobody, nobody), 0);
     }
 
     const Date now(aMoment + 1);

@@ -4,6 +4,7 @@
 // or a mount namespace of its own, or to be killed. The child reports what went wrong as text
 // (empty when nothing did), since a GoogleTest assertion made there would never reach the parent.
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -61,6 +62,10 @@ inline void writeAll(int fd, const std::string& text)
 
 }
 
+// For a child whose duration says nothing about the code under test (a slow machine makes it slow,
+// nothing else): wait for it however long it takes.
+inline constexpr std::chrono::milliseconds noDeadline = std::chrono::milliseconds::max();
+
 // Runs `body` in a forked child and waits at most `deadline` for it; a child that takes longer is
 // killed and reported as timed out. `body` returns its findings, empty for none; an exception
 // that escapes it is a finding too. Call it only while the test has no other thread running.
@@ -93,17 +98,19 @@ inline ChildOutcome runInChild(const std::function<std::string()>& body,
     ::close(pipe[1]);
 
     ChildOutcome outcome;
-    const auto end = std::chrono::steady_clock::now() + deadline;
+    const bool bounded = deadline != noDeadline;
+    const auto end = bounded ? std::chrono::steady_clock::now() + deadline : std::chrono::steady_clock::time_point::max();
     char buffer[4096];
     for (;;) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        const auto left = bounded ? std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now())
+                                  : std::chrono::milliseconds(1000);
         if (left.count() <= 0) {
             outcome.timedOut = true;
             ::kill(child, SIGKILL);
             break;
         }
         pollfd readable { pipe[0], POLLIN, 0 };
-        const int ready = ::poll(&readable, 1, int(left.count()));
+        const int ready = ::poll(&readable, 1, int(std::min<std::chrono::milliseconds::rep>(left.count(), 60'000)));
         if (ready < 0 && errno == EINTR)
             continue;
         if (ready <= 0)

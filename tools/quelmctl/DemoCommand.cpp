@@ -1,6 +1,7 @@
 #include "DemoCommand.h"
 
 #include "Arguments.h"
+#include "CommandIntake.h"
 #include "DemoCompanion.h"
 #include "SessionBus.h"
 #include "StoreLocation.h"
@@ -77,24 +78,30 @@ public:
         beat();
         if (m_store.appStatus(quelm::Date::now()) != quelm::SharedStore::AppStatus::running)
             throw CommandFailure(systemRefused, "cannot write the heartbeat in " + m_store.root().string());
+        m_consumer.emplace(openConsumer(m_store));
     }
 
     // Everything waiting in the queue; a delivery that comes meanwhile rings again, so nothing
     // enqueued after this drain's listing waits for long.
     void takeCommands()
     {
-        const std::vector<quelm::WidgetCommand> commands = m_store.drainCommands();
-        if (commands.empty())
+        const quelm::ClaimBatch batch = m_consumer->claim();
+        if (batch.failed())
+            complain(describeFailure(batch));
+        if (batch.commands.empty())
             return;
         std::vector<DemoEvent> events;
-        for (const quelm::WidgetCommand& command : commands) {
-            std::vector<DemoEvent> taken = m_companion.take(command, Clock::now());
+        for (const quelm::ClaimedCommand& claimed : batch.commands) {
+            std::vector<DemoEvent> taken = m_companion.take(claimed.command, Clock::now());
             events.insert(events.end(), taken.begin(), taken.end());
         }
         // Published even when nothing moved: a newer snapshot is what ends the widget's pending
         // marks, so an answer is owed for every command.
         publish();
         report(events);
+        // Carried out and answered: only now are the commands done with.
+        for (const quelm::ClaimedCommand& claimed : batch.commands)
+            acknowledge(*m_consumer, claimed);
     }
 
     void settleDue()
@@ -175,6 +182,7 @@ private:
     Clock::duration m_beatInterval;
     Clock::time_point m_nextBeat;
     DemoCompanion m_companion;
+    std::optional<quelm::CommandConsumer> m_consumer;
 };
 
 int runDemo(const Invocation& invocation)

@@ -21,10 +21,12 @@ void beat(const quelm::SharedStore& store)
     if (!std::filesystem::is_directory(store.root(), error))
         throw CommandFailure(systemRefused,
             store.root().string() + " does not exist; a heartbeat never creates it: publish a snapshot first");
-    const quelm::Date now = quelm::Date::now();
-    store.touchHeartbeat(now);
-    if (store.appStatus(now) != quelm::SharedStore::AppStatus::running)
-        throw CommandFailure(systemRefused, "cannot write the heartbeat in " + store.root().string());
+    if (const std::string reason = store.refusal(); !reason.empty())
+        throw CommandFailure(systemRefused, "refusing the container: " + reason);
+    std::error_code failure;
+    store.touchHeartbeat(quelm::Date::now(), failure);
+    if (failure)
+        throw CommandFailure(systemRefused, "cannot write the heartbeat in " + store.root().string() + ": " + failure.message());
 }
 
 int runHeartbeat(const Invocation& invocation)

@@ -13,6 +13,15 @@ namespace quelmctl {
 
 namespace {
 
+std::string describeMarkFailure(const std::error_code& error)
+{
+    if (error == std::errc::file_too_large)
+        return "the marks would pass the 16 MiB a reader accepts";
+    if (error == std::errc::illegal_byte_sequence)
+        return "the item id is not valid UTF-8";
+    return error.message();
+}
+
 int runToggle(const Invocation& invocation)
 {
     const Arguments arguments(invocation.arguments, { { "--start" }, { "--stop" } }, 1);
@@ -26,13 +35,19 @@ int runToggle(const Invocation& invocation)
 
     // The intent does nothing, silently, without a container; a person wants to know.
     const quelm::SharedStore store = openStore(invocation);
+    if (const std::string reason = store.refusal(); !reason.empty())
+        throw CommandFailure(systemRefused, "refusing the container: " + reason);
+    std::error_code markFailure;
     try {
-        quelm::ToggleItemIntent(arguments.operands().front(), start).perform(store);
+        markFailure = quelm::ToggleItemIntent(arguments.operands().front(), start).perform(store);
     } catch (const std::system_error& error) {
         throw CommandFailure(systemRefused, std::string("cannot enqueue the command: ") + error.what());
     } catch (const quelm::EncodingError& error) {
         throw CommandFailure(badUsage, std::string("cannot enqueue the command: ") + error.what());
     }
+    if (markFailure)
+        throw CommandFailure(systemRefused, "the command is queued, but the item could not be marked pending in "
+                + (store.root() / "pending.json").string() + ": " + describeMarkFailure(markFailure));
     return success;
 }
 
@@ -52,8 +67,8 @@ marks ITEM as pending, and posts the command notification that wakes the app.
   --root DIR  use DIR as the store instead of the app group container
               ($XDG_DATA_HOME/group-containers/<app group>), which the widget uses
 
-Exit status: 0 success, 1 no container or the command could not be written,
-2 bad usage.
+Exit status: 0 success, 1 no container, the command could not be written, or
+the item could not be marked pending (the command is queued then), 2 bad usage.
 )",
     .run = runToggle,
 };

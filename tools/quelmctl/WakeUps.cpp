@@ -62,8 +62,8 @@ void WakeUps::ring() noexcept
 WakeUps::Reason WakeUps::wait(std::optional<Clock::time_point> until)
 {
     for (;;) {
-        pollfd descriptors[2] = { { m_signals, POLLIN, 0 }, { m_bell, POLLIN, 0 } };
-        const int ready = ::poll(descriptors, 2, pollTimeout(until));
+        pollfd descriptors[3] = { { m_signals, POLLIN, 0 }, { m_bell, POLLIN, 0 }, { m_watched, POLLIN, 0 } };
+        const int ready = ::poll(descriptors, 3, pollTimeout(until));
         if (ready < 0) {
             if (errno == EINTR)
                 continue;
@@ -79,6 +79,8 @@ WakeUps::Reason WakeUps::wait(std::optional<Clock::time_point> until)
             readAll(m_bell, &rings, sizeof rings);
             return Reason::rung;
         }
+        if (descriptors[2].revents & POLLIN)
+            return Reason::watched;
         if (until && Clock::now() >= *until)
             return Reason::due;
     }

@@ -18,6 +18,7 @@ public:
     enum class Reason {
         terminated, // SIGINT or SIGTERM
         rung,
+        watched, // the descriptor given to `watch` became readable
         due, // the time given to `wait` came
     };
 
@@ -32,13 +33,17 @@ public:
     // Safe from any thread, and from a signal handler.
     void ring() noexcept;
 
-    // Sleeps until a signal (which wins over a ring), a ring (taking every ring so far), or
-    // `until`; without `until` only the first two end it.
+    // Also wakes when `descriptor` is readable (an inotify descriptor, say); the caller reads it.
+    void watch(int descriptor) { m_watched = descriptor; }
+
+    // Sleeps until a signal (which wins over a ring), a ring (taking every ring so far), the
+    // watched descriptor, or `until`; without `until` only the others end it.
     Reason wait(std::optional<Clock::time_point> until);
 
 private:
     int m_bell = -1;
     int m_signals = -1;
+    int m_watched = -1;
 };
 
 }

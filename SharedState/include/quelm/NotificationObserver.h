@@ -25,6 +25,10 @@ public:
 
     const std::string& name() const { return m_name; }
 
+    // False without a session bus, or once it has gone away (the bus daemon restarted, say): this
+    // observer receives nothing more, and a new one must be made to listen again.
+    bool isListening() const;
+
 private:
     std::string m_name;
     std::function<void()> m_handler;
