@@ -7,6 +7,7 @@
 // (by the rules nlohmann/json reads it, including a leading byte-order mark and a NUL byte ending
 // the input) throws MalformedJson; so does nesting deeper than the cursor's limit.
 
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <clocale>
@@ -92,33 +93,10 @@ public:
     // The kind of the next value; throws when no value can start there.
     Kind peek()
     {
-        switch (nextSignificant()) {
-        case '{':
-            return Kind::object;
-        case '[':
-            return Kind::array;
-        case '"':
-            return Kind::string;
-        case 't':
-        case 'f':
-            return Kind::boolean;
-        case 'n':
-            return Kind::null;
-        case '-':
-        case '0':
-        case '1':
-        case '2':
-        case '3':
-        case '4':
-        case '5':
-        case '6':
-        case '7':
-        case '8':
-        case '9':
-            return Kind::number;
-        default:
+        const auto kind = kindStartedBy[static_cast<unsigned char>(nextSignificant())];
+        if (kind == noValue)
             malformed();
-        }
+        return static_cast<Kind>(kind);
     }
 
     // Only blanks, or a NUL byte, follow.
@@ -283,7 +261,7 @@ public:
     std::size_t remaining() const { return static_cast<std::size_t>(m_end - m_position); }
 
 private:
-    [[noreturn]] static void malformed() { throw MalformedJson {}; }
+    [[noreturn, gnu::cold, gnu::noinline]] static void malformed() { throw MalformedJson {}; }
 
     static bool isDigit(char c) { return c >= '0' && c <= '9'; }
     static bool isBlank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
@@ -291,10 +269,29 @@ private:
     // Skips blanks; the next byte, or NUL at the end (where the parser we follow also stops).
     char nextSignificant()
     {
+        // Compact documents have no blanks at all.
+        if (m_position != m_end && static_cast<unsigned char>(*m_position) > ' ')
+            return *m_position;
         while (m_position != m_end && isBlank(*m_position))
             ++m_position;
         return m_position == m_end ? '\0' : *m_position;
     }
+
+    static constexpr unsigned char noValue = 0xFF;
+    // The kind of value each first byte starts.
+    static constexpr auto kindStartedBy = [] {
+        std::array<unsigned char, 256> kinds {};
+        kinds.fill(noValue);
+        kinds['{'] = static_cast<unsigned char>(Kind::object);
+        kinds['['] = static_cast<unsigned char>(Kind::array);
+        kinds['"'] = static_cast<unsigned char>(Kind::string);
+        kinds['t'] = kinds['f'] = static_cast<unsigned char>(Kind::boolean);
+        kinds['n'] = static_cast<unsigned char>(Kind::null);
+        kinds['-'] = static_cast<unsigned char>(Kind::number);
+        for (char digit = '0'; digit <= '9'; ++digit)
+            kinds[static_cast<unsigned char>(digit)] = static_cast<unsigned char>(Kind::number);
+        return kinds;
+    }();
 
     void enter(char bracket)
     {
@@ -358,7 +355,33 @@ private:
     bool readPlainString(std::string_view& value)
     {
         const char* begin = m_position + 1;
-        for (const char* p = begin; p != m_end; ++p) {
+        const char* p = begin;
+        // Keys and most values are short: their quote is soonest found a byte at a time.
+        for (const char* shortEnd = m_end - p > 16 ? p + 16 : m_end; p != shortEnd; ++p) {
+            const auto c = static_cast<unsigned char>(*p);
+            if (c == '"') {
+                value = std::string_view(begin, static_cast<std::size_t>(p - begin));
+                m_position = p + 1;
+                return true;
+            }
+            if (c == '\\' || c < 0x20 || c >= 0x80)
+                return false;
+        }
+        // Then eight bytes at a time while none of them is a quote, a backslash, a control
+        // character or outside ASCII.
+        constexpr std::uint64_t ones = 0x0101010101010101;
+        constexpr std::uint64_t highBits = 0x8080808080808080;
+        while (m_end - p >= 8) {
+            std::uint64_t word;
+            std::memcpy(&word, p, 8);
+            const std::uint64_t quote = word ^ (ones * '"');
+            const std::uint64_t backslash = word ^ (ones * '\\');
+            const std::uint64_t special = (quote - ones) | (backslash - ones) | (word - ones * 0x20) | word;
+            if (special & highBits)
+                break;
+            p += 8;
+        }
+        for (; p != m_end; ++p) {
             const auto c = static_cast<unsigned char>(*p);
             if (c == '"') {
                 value = std::string_view(begin, static_cast<std::size_t>(p - begin));

@@ -5,7 +5,9 @@
 #include <nlohmann/json.hpp>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -135,8 +137,8 @@ public:
 
     void expect(JsonCursor::Kind kind, const char* expected) const
     {
-        if (const auto found = m_cursor.peek(); found != kind)
-            fail(std::string("expected ") + expected + ", found " + describe(found));
+        if (const auto found = m_cursor.peek(); found != kind) [[unlikely]]
+            mismatch(expected, found);
     }
 
     void string(std::string& value) const
@@ -222,6 +224,12 @@ public:
     }
 
 private:
+    // Kept out of line, so that the checks of every value stay small.
+    [[noreturn, gnu::cold, gnu::noinline]] void mismatch(const char* expected, JsonCursor::Kind found) const
+    {
+        fail(std::string("expected ") + expected + ", found " + describe(found));
+    }
+
     static constexpr std::size_t largeArray = 1024 * 1024;
 
     JsonCursor& m_cursor;
@@ -242,7 +250,7 @@ public:
     template<class Read>
     void read(JsonCursor& cursor, const JsonPath& path, Read read)
     {
-        m_error.reset();
+        m_error = nullptr;
         if (cursor.peek() == JsonCursor::Kind::null) {
             cursor.readNull();
             m_state = State::null;
@@ -255,7 +263,7 @@ public:
         } catch (DecodingError& error) {
             cursor.rewind(start);
             cursor.skipValue();
-            m_error = std::move(error);
+            m_error = std::make_unique<DecodingError>(std::move(error));
             m_state = State::failed;
         }
     }
@@ -292,8 +300,16 @@ private:
     };
 
     State m_state = State::missing;
-    std::optional<DecodingError> m_error;
+    // Held apart: a record's reader has a Member for every key, on the stack, for every record.
+    std::unique_ptr<DecodingError> m_error;
 };
+
+// Whether `key` is `name`, compared at the length the compiler knows.
+template<std::size_t size>
+bool is(std::string_view key, const char (&name)[size])
+{
+    return key.size() == size - 1 && std::memcmp(key.data(), name, size - 1) == 0;
+}
 
 // Calls `onMember(key)` for each member of the object at the cursor, which reads the member's
 // value and returns true, or returns false to have it skipped.
@@ -315,19 +331,19 @@ WidgetItem readItem(JsonCursor& cursor, const JsonPath& path)
     Member id, title, category, isRunning, transition, port, startedAt;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
-        if (key == "id")
+        if (is(key, "id"))
             id.read(cursor, at, [&](const ValueReader& r) { r.string(item.id); });
-        else if (key == "title")
+        else if (is(key, "title"))
             title.read(cursor, at, [&](const ValueReader& r) { r.string(item.title); });
-        else if (key == "category")
+        else if (is(key, "category"))
             category.read(cursor, at, [&](const ValueReader& r) { r.string(item.category); });
-        else if (key == "isRunning")
+        else if (is(key, "isRunning"))
             isRunning.read(cursor, at, [&](const ValueReader& r) { item.isRunning = r.boolean(); });
-        else if (key == "transition")
+        else if (is(key, "transition"))
             transition.read(cursor, at, [&](const ValueReader& r) { item.transition = r.enumeration<WidgetItem::Transition>(); });
-        else if (key == "port")
+        else if (is(key, "port"))
             port.read(cursor, at, [&](const ValueReader& r) { item.port = static_cast<std::uint16_t>(r.integer(0, 65535)); });
-        else if (key == "startedAt")
+        else if (is(key, "startedAt"))
             startedAt.read(cursor, at, [&](const ValueReader& r) { item.startedAt = r.date(); });
         else
             return false;
@@ -354,17 +370,17 @@ WidgetGroup readGroup(JsonCursor& cursor, const JsonPath& path)
     Member id, name, memberCount, runningCount, transition, isActive;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
-        if (key == "id")
+        if (is(key, "id"))
             id.read(cursor, at, [&](const ValueReader& r) { r.string(group.id); });
-        else if (key == "name")
+        else if (is(key, "name"))
             name.read(cursor, at, [&](const ValueReader& r) { r.string(group.name); });
-        else if (key == "memberCount")
+        else if (is(key, "memberCount"))
             memberCount.read(cursor, at, [&](const ValueReader& r) { group.memberCount = r.integer(minimum, maximum); });
-        else if (key == "runningCount")
+        else if (is(key, "runningCount"))
             runningCount.read(cursor, at, [&](const ValueReader& r) { group.runningCount = r.integer(minimum, maximum); });
-        else if (key == "transition")
+        else if (is(key, "transition"))
             transition.read(cursor, at, [&](const ValueReader& r) { group.transition = r.enumeration<WidgetItem::Transition>(); });
-        else if (key == "isActive")
+        else if (is(key, "isActive"))
             isActive.read(cursor, at, [&](const ValueReader& r) { group.isActive = r.boolean(); });
         else
             return false;
@@ -388,13 +404,13 @@ WidgetSession readSession(JsonCursor& cursor, const JsonPath& path)
     Member id, title, project, state;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
-        if (key == "id")
+        if (is(key, "id"))
             id.read(cursor, at, [&](const ValueReader& r) { r.string(session.id); });
-        else if (key == "title")
+        else if (is(key, "title"))
             title.read(cursor, at, [&](const ValueReader& r) { r.string(session.title); });
-        else if (key == "project")
+        else if (is(key, "project"))
             project.read(cursor, at, [&](const ValueReader& r) { r.string(session.project); });
-        else if (key == "state")
+        else if (is(key, "state"))
             state.read(cursor, at, [&](const ValueReader& r) { session.state = r.enumeration<WidgetSession::State>(); });
         else
             return false;
@@ -413,19 +429,19 @@ WidgetSnapshot readSnapshot(JsonCursor& cursor, const JsonPath& path)
     Member items, groups, sessions, language, updatedAt;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
-        if (key == "items") {
+        if (is(key, "items")) {
             // A repeated key's earlier value is let go before the next one is read.
             snapshot.items = {};
             items.read(cursor, at, [&](const ValueReader& r) { snapshot.items = r.array<WidgetItem>(readItem, smallestItem); });
-        } else if (key == "groups") {
+        } else if (is(key, "groups")) {
             snapshot.groups = {};
             groups.read(cursor, at, [&](const ValueReader& r) { snapshot.groups = r.array<WidgetGroup>(readGroup, smallestGroup); });
-        } else if (key == "sessions") {
+        } else if (is(key, "sessions")) {
             snapshot.sessions = {};
             sessions.read(cursor, at, [&](const ValueReader& r) { snapshot.sessions = r.array<WidgetSession>(readSession, smallestSession); });
-        } else if (key == "language") {
+        } else if (is(key, "language")) {
             language.read(cursor, at, [&](const ValueReader& r) { snapshot.language = r.string(); });
-        } else if (key == "updatedAt") {
+        } else if (is(key, "updatedAt")) {
             updatedAt.read(cursor, at, [&](const ValueReader& r) { snapshot.updatedAt = r.date(); });
         } else {
             return false;
@@ -450,18 +466,18 @@ WidgetCommand readCommand(JsonCursor& cursor, const JsonPath& path)
     Member id, itemID, action, issuedAt;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
-        if (key == "id") {
+        if (is(key, "id")) {
             id.read(cursor, at, [&](const ValueReader& r) {
                 auto uuid = Uuid::parse(r.string());
                 if (!uuid)
                     r.fail("not a UUID");
                 command.id = *uuid;
             });
-        } else if (key == "itemID") {
+        } else if (is(key, "itemID")) {
             itemID.read(cursor, at, [&](const ValueReader& r) { r.string(command.itemID); });
-        } else if (key == "action") {
+        } else if (is(key, "action")) {
             action.read(cursor, at, [&](const ValueReader& r) { command.action = r.enumeration<WidgetCommand::Action>(); });
-        } else if (key == "issuedAt") {
+        } else if (is(key, "issuedAt")) {
             issuedAt.read(cursor, at, [&](const ValueReader& r) { command.issuedAt = r.date(); });
         } else {
             return false;
