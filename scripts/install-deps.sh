@@ -22,7 +22,7 @@ run_packages=(
   help2man
 )
 test_packages=(
-  googletest libgtest-dev libgmock-dev libbenchmark-dev
+  googletest libgtest-dev libgmock-dev libbenchmark-dev libsimdjson-dev
   xvfb xauth xdotool
   clang libclang-rt-14-dev
   dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd

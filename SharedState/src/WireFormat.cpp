@@ -1,11 +1,17 @@
 #include <quelm/WireFormat.h>
 
+#include "JsonCursor.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include <memory>
 #include <optional>
-#include <type_traits>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace quelm {
 
@@ -22,174 +28,13 @@ using Json = nlohmann::json;
 // Keys go out in declaration order, as the records declare their fields.
 using OrderedJson = nlohmann::ordered_json;
 
-// Walks a parsed document and remembers where it is, so every error names the bad value. The
-// path is spelled out only when an error needs it: a reader points at its parent and holds its own
-// key or index, and readers live no longer than the calls that make them.
-class JsonReader {
-public:
-    // The document itself; its values are named from `name` on ("" for none).
-    explicit JsonReader(const Json& value, std::string_view name = {})
-        : m_value(value)
-        , m_key(name)
-    {
-    }
-
-    std::string path() const
-    {
-        std::string prefix = m_parent ? m_parent->path() : std::string();
-        if (m_index)
-            return prefix + "[" + std::to_string(*m_index) + "]";
-        if (prefix.empty())
-            return std::string(m_key);
-        return prefix + "." + std::string(m_key);
-    }
-    const Json& value() const { return m_value; }
-
-    [[noreturn]] void fail(const std::string& problem) const { throw DecodingError(path(), problem); }
-
-    void expectObject() const
-    {
-        if (!m_value.is_object())
-            fail("expected an object, found " + describe(m_value));
-    }
-
-    JsonReader member(std::string_view key) const
-    {
-        auto it = m_value.find(key);
-        if (it == m_value.end())
-            JsonReader(m_value, this, key).fail("required key is missing");
-        if (it->is_null())
-            JsonReader(*it, this, key).fail("required value is null");
-        return JsonReader(*it, this, key);
-    }
-
-    // None for a key that is missing or null. The value type is named through a default argument:
-    // clang rejects calling into this still incomplete class in a trailing return type.
-    template<class Decode, class Value = std::invoke_result_t<Decode, const JsonReader&>>
-    std::optional<Value> optionalMember(std::string_view key, Decode decode) const
-    {
-        auto it = m_value.find(key);
-        if (it == m_value.end() || it->is_null())
-            return std::nullopt;
-        return decode(JsonReader(*it, this, key));
-    }
-
-    std::string string() const { return stringReference(); }
-
-    bool boolean() const
-    {
-        if (!m_value.is_boolean())
-            fail("expected a boolean, found " + describe(m_value));
-        return m_value.get<bool>();
-    }
-
-    double number() const
-    {
-        if (!m_value.is_number())
-            fail("expected a number, found " + describe(m_value));
-        return m_value.get<double>();
-    }
-
-    std::int64_t integer(std::int64_t minimum, std::int64_t maximum) const
-    {
-        std::int64_t result;
-        if (m_value.is_number_integer() && !m_value.is_number_unsigned()) {
-            result = m_value.get<std::int64_t>();
-        } else if (m_value.is_number_unsigned()) {
-            auto value = m_value.get<std::uint64_t>();
-            if (value > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
-                fail("number " + m_value.dump() + " is out of range");
-            result = static_cast<std::int64_t>(value);
-        } else if (m_value.is_number_float()) {
-            // 3.0 is the integer 3; 3.5 or 1e300 is no integer at all.
-            double value = m_value.get<double>();
-            if (!(value >= -9223372036854775808.0 && value < 9223372036854775808.0) || std::trunc(value) != value)
-                fail("number " + m_value.dump() + " is not an integer in range");
-            result = static_cast<std::int64_t>(value);
-        } else {
-            fail("expected an integer, found " + describe(m_value));
-        }
-        if (result < minimum || result > maximum)
-            fail("number " + std::to_string(result) + " is out of range " + std::to_string(minimum) + "…" + std::to_string(maximum));
-        return result;
-    }
-
-    template<class Enum>
-    Enum enumeration() const
-    {
-        const std::string& raw = stringReference();
-        auto value = fromRawValue<Enum>(raw);
-        if (!value)
-            fail("unknown value " + Json(raw).dump(-1, ' ', false, Json::error_handler_t::replace));
-        return *value;
-    }
-
-    template<class Decode>
-    auto array(Decode decode) const -> std::vector<decltype(decode(std::declval<const JsonReader&>()))>
-    {
-        if (!m_value.is_array())
-            fail("expected an array, found " + describe(m_value));
-        std::vector<decltype(decode(std::declval<const JsonReader&>()))> result;
-        result.reserve(m_value.size());
-        for (std::size_t i = 0; i < m_value.size(); ++i)
-            result.push_back(decode(JsonReader(m_value[i], this, i)));
-        return result;
-    }
-
-private:
-    const std::string& stringReference() const
-    {
-        if (!m_value.is_string())
-            fail("expected a string, found " + describe(m_value));
-        return m_value.get_ref<const std::string&>();
-    }
-
-    JsonReader(const Json& value, const JsonReader* parent, std::string_view key)
-        : m_value(value)
-        , m_parent(parent)
-        , m_key(key)
-    {
-    }
-    JsonReader(const Json& value, const JsonReader* parent, std::size_t index)
-        : m_value(value)
-        , m_parent(parent)
-        , m_index(index)
-    {
-    }
-
-    static std::string describe(const Json& value)
-    {
-        switch (value.type()) {
-        case Json::value_t::null:
-            return "null";
-        case Json::value_t::object:
-            return "an object";
-        case Json::value_t::array:
-            return "an array";
-        case Json::value_t::string:
-            return "a string";
-        case Json::value_t::boolean:
-            return "a boolean";
-        case Json::value_t::binary:
-        case Json::value_t::discarded:
-            return "an unexpected value";
-        default:
-            return "a number";
-        }
-    }
-
-    const Json& m_value;
-    const JsonReader* m_parent = nullptr;
-    std::string_view m_key;
-    std::optional<std::size_t> m_index;
-};
-
-// Our documents nest three levels deep. The parsed tree is walked recursively (on copy,
-// comparison, output), so a hostile file of a million "[" must be refused before it is built.
+// Our documents nest three levels deep. The reader recurses into what it skips, so a hostile file
+// of a million "[" must be refused before the stack runs out: the cursor stops past this depth.
 constexpr int maximumNesting = 64;
 
 // Whether brackets outside strings open more than `limit` levels at some point. Only looks at the
-// structure; whether the text is JSON at all is left to the parser.
+// structure, whether the text is JSON or not: a document that fails is looked at once more with
+// this, since too deep is the first of its errors.
 bool nestsDeeperThan(std::string_view text, int limit)
 {
     int depth = 0;
@@ -215,99 +60,490 @@ bool nestsDeeperThan(std::string_view text, int limit)
     return false;
 }
 
-Json parseDocument(std::string_view text)
+// Where a value lies in its document, spelled out only when an error names it: a path points at
+// its parent and holds its own key or index, and lives no longer than the call reading the value.
+class JsonPath {
+public:
+    // The document itself; its values are named from `name` on ("" for none).
+    explicit JsonPath(std::string_view name = {})
+        : m_key(name)
+    {
+    }
+    JsonPath(const JsonPath& parent, std::string_view key)
+        : m_parent(&parent)
+        , m_key(key)
+    {
+    }
+    JsonPath(const JsonPath& parent, std::size_t index)
+        : m_parent(&parent)
+        , m_index(index)
+        , m_isIndex(true)
+    {
+    }
+    JsonPath(const JsonPath&) = delete;
+    JsonPath& operator=(const JsonPath&) = delete;
+
+    std::string spelled() const
+    {
+        std::string prefix = m_parent ? m_parent->spelled() : std::string();
+        if (m_isIndex)
+            return prefix + "[" + std::to_string(m_index) + "]";
+        if (prefix.empty())
+            return std::string(m_key);
+        return prefix + "." + std::string(m_key);
+    }
+
+    [[noreturn]] void fail(const std::string& problem) const { throw DecodingError(spelled(), problem); }
+
+private:
+    const JsonPath* m_parent = nullptr;
+    std::string_view m_key;
+    std::size_t m_index = 0;
+    bool m_isIndex = false;
+};
+
+std::string describe(JsonCursor::Kind kind)
 {
-    if (nestsDeeperThan(text, maximumNesting))
-        throw DecodingError("", "nested deeper than " + std::to_string(maximumNesting) + " levels");
-    try {
-        return Json::parse(text.begin(), text.end());
-    } catch (const Json::exception& error) {
-        // parse_error, but also out_of_range for a number such as 1e400 that no double holds.
-        throw DecodingError("", std::string("not valid JSON (") + error.what() + ")");
+    switch (kind) {
+    case JsonCursor::Kind::null:
+        return "null";
+    case JsonCursor::Kind::object:
+        return "an object";
+    case JsonCursor::Kind::array:
+        return "an array";
+    case JsonCursor::Kind::string:
+        return "a string";
+    case JsonCursor::Kind::boolean:
+        return "a boolean";
+    case JsonCursor::Kind::number:
+        break;
+    }
+    return "a number";
+}
+
+// The value at the cursor, read as one of the wire format's types. A value of another type fails
+// before anything of it is consumed.
+class ValueReader {
+public:
+    ValueReader(JsonCursor& cursor, const JsonPath& path)
+        : m_cursor(cursor)
+        , m_path(path)
+    {
+    }
+
+    JsonCursor& cursor() const { return m_cursor; }
+    const JsonPath& path() const { return m_path; }
+    [[noreturn]] void fail(const std::string& problem) const { m_path.fail(problem); }
+
+    void expect(JsonCursor::Kind kind, const char* expected) const
+    {
+        if (const auto found = m_cursor.peek(); found != kind) [[unlikely]]
+            mismatch(expected, found);
+    }
+
+    void string(std::string& value) const
+    {
+        expect(JsonCursor::Kind::string, "a string");
+        m_cursor.readString(value);
+    }
+    std::string string() const
+    {
+        std::string value;
+        string(value);
+        return value;
+    }
+
+    bool boolean() const
+    {
+        expect(JsonCursor::Kind::boolean, "a boolean");
+        return m_cursor.readBoolean();
+    }
+
+    double number() const
+    {
+        expect(JsonCursor::Kind::number, "a number");
+        return m_cursor.readNumber().asDouble();
+    }
+
+    std::int64_t integer(std::int64_t minimum, std::int64_t maximum) const
+    {
+        expect(JsonCursor::Kind::number, "an integer");
+        const auto number = m_cursor.readNumber();
+        std::int64_t result = 0;
+        switch (number.kind) {
+        case JsonNumber::Kind::negative:
+            result = number.negativeValue;
+            break;
+        case JsonNumber::Kind::unsignedInteger:
+            if (number.unsignedValue > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
+                fail("number " + std::to_string(number.unsignedValue) + " is out of range");
+            result = static_cast<std::int64_t>(number.unsignedValue);
+            break;
+        case JsonNumber::Kind::floating: {
+            // 3.0 is the integer 3; 3.5 or 1e300 is no integer at all.
+            const double value = number.floatingValue;
+            if (!(value >= -9223372036854775808.0 && value < 9223372036854775808.0) || std::trunc(value) != value)
+                fail("number " + Json(value).dump() + " is not an integer in range");
+            result = static_cast<std::int64_t>(value);
+            break;
+        }
+        }
+        if (result < minimum || result > maximum)
+            fail("number " + std::to_string(result) + " is out of range " + std::to_string(minimum) + "…" + std::to_string(maximum));
+        return result;
+    }
+
+    template<class Enum>
+    Enum enumeration() const
+    {
+        const std::string raw = string();
+        auto value = fromRawValue<Enum>(raw);
+        if (!value)
+            fail("unknown value " + Json(raw).dump(-1, ' ', false, Json::error_handler_t::replace));
+        return *value;
+    }
+
+    Date date() const { return Date(number()); }
+
+    // The elements, each read by `read(cursor, path)`. `smallestElement` is the fewest bytes an
+    // element that reads can take, its comma included.
+    template<class Record, class Read>
+    std::vector<Record> array(Read read, std::size_t smallestElement) const
+    {
+        expect(JsonCursor::Kind::array, "an array");
+        std::vector<Record> records;
+        // A large array gets room at once for as many elements as its bytes could hold: growing it
+        // would hold the old and the new copy at the same time. What is never written stays
+        // unmapped.
+        if (m_cursor.remaining() > largeArray)
+            records.reserve(m_cursor.remaining() / smallestElement + 1);
+        m_cursor.beginArray();
+        for (std::size_t index = 0; m_cursor.nextElement(index == 0); ++index)
+            records.push_back(read(m_cursor, JsonPath(m_path, index)));
+        return records;
+    }
+
+private:
+    // Kept out of line, so that the checks of every value stay small.
+    [[noreturn, gnu::cold, gnu::noinline]] void mismatch(const char* expected, JsonCursor::Kind found) const
+    {
+        fail(std::string("expected ") + expected + ", found " + describe(found));
+    }
+
+    static constexpr std::size_t largeArray = 1024 * 1024;
+
+    JsonCursor& m_cursor;
+    const JsonPath& m_path;
+};
+
+// The smallest elements that read as records, each with its comma.
+constexpr std::size_t smallestItem = std::string_view(R"({"id":"","title":"","category":"","isRunning":true},)").size();
+constexpr std::size_t smallestGroup = std::string_view(R"({"id":"","name":"","memberCount":0,"runningCount":0},)").size();
+constexpr std::size_t smallestSession = std::string_view(R"({"id":"","title":"","project":"","state":"working"},)").size();
+
+// What an object holds under one key a record knows. A key may come more than once: the last
+// value counts, as if the others were not there, and so does the last one's error.
+class Member {
+public:
+    // Reads the value with `read(const ValueReader&)`, unless it is null. A value that fails is
+    // consumed all the same, and its error kept for when the record asks for the value.
+    template<class Read>
+    void read(JsonCursor& cursor, const JsonPath& path, Read read)
+    {
+        m_error = nullptr;
+        if (cursor.peek() == JsonCursor::Kind::null) {
+            cursor.readNull();
+            m_state = State::null;
+            return;
+        }
+        const auto start = cursor.mark();
+        try {
+            read(ValueReader(cursor, path));
+            m_state = State::present;
+        } catch (DecodingError& error) {
+            cursor.rewind(start);
+            cursor.skipValue();
+            m_error = std::make_unique<DecodingError>(std::move(error));
+            m_state = State::failed;
+        }
+    }
+
+    // A required value: throws unless it was there and read.
+    void require(const JsonPath& object, std::string_view key) const
+    {
+        switch (m_state) {
+        case State::missing:
+            JsonPath(object, key).fail("required key is missing");
+        case State::null:
+            JsonPath(object, key).fail("required value is null");
+        case State::failed:
+            throw *m_error;
+        case State::present:
+            break;
+        }
+    }
+
+    // An optional value: whether it was there (false for null); throws if it failed.
+    bool isPresent() const
+    {
+        if (m_state == State::failed)
+            throw *m_error;
+        return m_state == State::present;
+    }
+
+private:
+    enum class State : unsigned char {
+        missing,
+        null,
+        present,
+        failed,
+    };
+
+    State m_state = State::missing;
+    // Held apart: a record's reader has a Member for every key, on the stack, for every record.
+    std::unique_ptr<DecodingError> m_error;
+};
+
+// Whether `key` is `name`, compared at the length the compiler knows.
+template<std::size_t size>
+bool is(std::string_view key, const char (&name)[size])
+{
+    return key.size() == size - 1 && std::memcmp(key.data(), name, size - 1) == 0;
+}
+
+// Calls `onMember(key)` for each member of the object at the cursor, which reads the member's
+// value and returns true, or returns false to have it skipped.
+template<class OnMember>
+void readMembers(JsonCursor& cursor, const JsonPath& path, OnMember onMember)
+{
+    ValueReader(cursor, path).expect(JsonCursor::Kind::object, "an object");
+    cursor.beginObject();
+    std::string scratch;
+    for (bool first = true; cursor.nextMember(first); first = false) {
+        if (!onMember(cursor.readKey(scratch)))
+            cursor.skipValue();
     }
 }
 
-Date readDate(const JsonReader& reader)
+WidgetItem readItem(JsonCursor& cursor, const JsonPath& path)
 {
-    return Date(reader.number());
-}
-
-WidgetItem readItem(const JsonReader& reader)
-{
-    reader.expectObject();
     WidgetItem item;
-    item.id = reader.member("id").string();
-    item.title = reader.member("title").string();
-    item.category = reader.member("category").string();
-    item.isRunning = reader.member("isRunning").boolean();
-    item.transition = reader.optionalMember("transition", [](const JsonReader& r) { return r.enumeration<WidgetItem::Transition>(); });
-    item.port = reader.optionalMember("port", [](const JsonReader& r) { return static_cast<std::uint16_t>(r.integer(0, 65535)); });
-    item.startedAt = reader.optionalMember("startedAt", readDate);
+    Member id, title, category, isRunning, transition, port, startedAt;
+    readMembers(cursor, path, [&](std::string_view key) {
+        const JsonPath at(path, key);
+        if (is(key, "id"))
+            id.read(cursor, at, [&](const ValueReader& r) { r.string(item.id); });
+        else if (is(key, "title"))
+            title.read(cursor, at, [&](const ValueReader& r) { r.string(item.title); });
+        else if (is(key, "category"))
+            category.read(cursor, at, [&](const ValueReader& r) { r.string(item.category); });
+        else if (is(key, "isRunning"))
+            isRunning.read(cursor, at, [&](const ValueReader& r) { item.isRunning = r.boolean(); });
+        else if (is(key, "transition"))
+            transition.read(cursor, at, [&](const ValueReader& r) { item.transition = r.enumeration<WidgetItem::Transition>(); });
+        else if (is(key, "port"))
+            port.read(cursor, at, [&](const ValueReader& r) { item.port = static_cast<std::uint16_t>(r.integer(0, 65535)); });
+        else if (is(key, "startedAt"))
+            startedAt.read(cursor, at, [&](const ValueReader& r) { item.startedAt = r.date(); });
+        else
+            return false;
+        return true;
+    });
+    id.require(path, "id");
+    title.require(path, "title");
+    category.require(path, "category");
+    isRunning.require(path, "isRunning");
+    if (!transition.isPresent())
+        item.transition.reset();
+    if (!port.isPresent())
+        item.port.reset();
+    if (!startedAt.isPresent())
+        item.startedAt.reset();
     return item;
 }
 
-WidgetGroup readGroup(const JsonReader& reader)
+WidgetGroup readGroup(JsonCursor& cursor, const JsonPath& path)
 {
-    reader.expectObject();
     constexpr auto minimum = std::numeric_limits<std::int64_t>::min();
     constexpr auto maximum = std::numeric_limits<std::int64_t>::max();
     WidgetGroup group;
-    group.id = reader.member("id").string();
-    group.name = reader.member("name").string();
-    group.memberCount = reader.member("memberCount").integer(minimum, maximum);
-    group.runningCount = reader.member("runningCount").integer(minimum, maximum);
-    group.transition = reader.optionalMember("transition", [](const JsonReader& r) { return r.enumeration<WidgetItem::Transition>(); });
+    Member id, name, memberCount, runningCount, transition, isActive;
+    readMembers(cursor, path, [&](std::string_view key) {
+        const JsonPath at(path, key);
+        if (is(key, "id"))
+            id.read(cursor, at, [&](const ValueReader& r) { r.string(group.id); });
+        else if (is(key, "name"))
+            name.read(cursor, at, [&](const ValueReader& r) { r.string(group.name); });
+        else if (is(key, "memberCount"))
+            memberCount.read(cursor, at, [&](const ValueReader& r) { group.memberCount = r.integer(minimum, maximum); });
+        else if (is(key, "runningCount"))
+            runningCount.read(cursor, at, [&](const ValueReader& r) { group.runningCount = r.integer(minimum, maximum); });
+        else if (is(key, "transition"))
+            transition.read(cursor, at, [&](const ValueReader& r) { group.transition = r.enumeration<WidgetItem::Transition>(); });
+        else if (is(key, "isActive"))
+            isActive.read(cursor, at, [&](const ValueReader& r) { group.isActive = r.boolean(); });
+        else
+            return false;
+        return true;
+    });
+    id.require(path, "id");
+    name.require(path, "name");
+    memberCount.require(path, "memberCount");
+    runningCount.require(path, "runningCount");
+    if (!transition.isPresent())
+        group.transition.reset();
     // Older writers left "isActive" out; by this fallback an empty group is never active.
-    auto isActive = reader.optionalMember("isActive", [](const JsonReader& r) { return r.boolean(); });
-    group.isActive = isActive.value_or(group.memberCount > 0 && group.runningCount == group.memberCount);
+    if (!isActive.isPresent())
+        group.isActive = group.memberCount > 0 && group.runningCount == group.memberCount;
     return group;
 }
 
-WidgetSession readSession(const JsonReader& reader)
+WidgetSession readSession(JsonCursor& cursor, const JsonPath& path)
 {
-    reader.expectObject();
     WidgetSession session;
-    session.id = reader.member("id").string();
-    session.title = reader.member("title").string();
-    session.project = reader.member("project").string();
-    session.state = reader.member("state").enumeration<WidgetSession::State>();
+    Member id, title, project, state;
+    readMembers(cursor, path, [&](std::string_view key) {
+        const JsonPath at(path, key);
+        if (is(key, "id"))
+            id.read(cursor, at, [&](const ValueReader& r) { r.string(session.id); });
+        else if (is(key, "title"))
+            title.read(cursor, at, [&](const ValueReader& r) { r.string(session.title); });
+        else if (is(key, "project"))
+            project.read(cursor, at, [&](const ValueReader& r) { r.string(session.project); });
+        else if (is(key, "state"))
+            state.read(cursor, at, [&](const ValueReader& r) { session.state = r.enumeration<WidgetSession::State>(); });
+        else
+            return false;
+        return true;
+    });
+    id.require(path, "id");
+    title.require(path, "title");
+    project.require(path, "project");
+    state.require(path, "state");
     return session;
 }
 
-WidgetSnapshot readSnapshot(const JsonReader& reader)
+WidgetSnapshot readSnapshot(JsonCursor& cursor, const JsonPath& path)
 {
-    reader.expectObject();
     WidgetSnapshot snapshot;
-    snapshot.items = reader.member("items").array(readItem);
+    Member items, groups, sessions, language, updatedAt;
+    readMembers(cursor, path, [&](std::string_view key) {
+        const JsonPath at(path, key);
+        if (is(key, "items")) {
+            // A repeated key's earlier value is let go before the next one is read.
+            snapshot.items = {};
+            items.read(cursor, at, [&](const ValueReader& r) { snapshot.items = r.array<WidgetItem>(readItem, smallestItem); });
+        } else if (is(key, "groups")) {
+            snapshot.groups = {};
+            groups.read(cursor, at, [&](const ValueReader& r) { snapshot.groups = r.array<WidgetGroup>(readGroup, smallestGroup); });
+        } else if (is(key, "sessions")) {
+            snapshot.sessions = {};
+            sessions.read(cursor, at, [&](const ValueReader& r) { snapshot.sessions = r.array<WidgetSession>(readSession, smallestSession); });
+        } else if (is(key, "language")) {
+            language.read(cursor, at, [&](const ValueReader& r) { snapshot.language = r.string(); });
+        } else if (is(key, "updatedAt")) {
+            updatedAt.read(cursor, at, [&](const ValueReader& r) { snapshot.updatedAt = r.date(); });
+        } else {
+            return false;
+        }
+        return true;
+    });
+    items.require(path, "items");
     // Deliberately more tolerant than "items": writers that know no groups or sessions omit them.
-    snapshot.groups = reader.optionalMember("groups", [](const JsonReader& r) { return r.array(readGroup); }).value_or(std::vector<WidgetGroup> {});
-    snapshot.sessions = reader.optionalMember("sessions", [](const JsonReader& r) { return r.array(readSession); }).value_or(std::vector<WidgetSession> {});
-    snapshot.language = reader.optionalMember("language", [](const JsonReader& r) { return r.string(); });
-    snapshot.updatedAt = readDate(reader.member("updatedAt"));
+    if (!groups.isPresent())
+        snapshot.groups.clear();
+    if (!sessions.isPresent())
+        snapshot.sessions.clear();
+    if (!language.isPresent())
+        snapshot.language.reset();
+    updatedAt.require(path, "updatedAt");
     return snapshot;
 }
 
-WidgetCommand readCommand(const JsonReader& reader)
+WidgetCommand readCommand(JsonCursor& cursor, const JsonPath& path)
 {
-    reader.expectObject();
     WidgetCommand command;
-    auto idReader = reader.member("id");
-    auto id = Uuid::parse(idReader.string());
-    if (!id)
-        idReader.fail("not a UUID");
-    command.id = *id;
-    command.itemID = reader.member("itemID").string();
-    command.action = reader.member("action").enumeration<WidgetCommand::Action>();
-    command.issuedAt = readDate(reader.member("issuedAt"));
+    Member id, itemID, action, issuedAt;
+    readMembers(cursor, path, [&](std::string_view key) {
+        const JsonPath at(path, key);
+        if (is(key, "id")) {
+            id.read(cursor, at, [&](const ValueReader& r) {
+                auto uuid = Uuid::parse(r.string());
+                if (!uuid)
+                    r.fail("not a UUID");
+                command.id = *uuid;
+            });
+        } else if (is(key, "itemID")) {
+            itemID.read(cursor, at, [&](const ValueReader& r) { r.string(command.itemID); });
+        } else if (is(key, "action")) {
+            action.read(cursor, at, [&](const ValueReader& r) { command.action = r.enumeration<WidgetCommand::Action>(); });
+        } else if (is(key, "issuedAt")) {
+            issuedAt.read(cursor, at, [&](const ValueReader& r) { command.issuedAt = r.date(); });
+        } else {
+            return false;
+        }
+        return true;
+    });
+    id.require(path, "id");
+    itemID.require(path, "itemID");
+    action.require(path, "action");
+    issuedAt.require(path, "issuedAt");
     return command;
 }
 
-PendingCommands readPending(const JsonReader& reader)
+// Reads the command under `key`; on a DecodingError the value is consumed all the same.
+std::optional<WidgetCommand> readPendingEntry(JsonCursor& cursor, const std::string& key, std::optional<DecodingError>* error)
 {
-    reader.expectObject();
+    const auto start = cursor.mark();
+    try {
+        return readCommand(cursor, JsonPath(key));
+    } catch (DecodingError& problem) {
+        cursor.rewind(start);
+        cursor.skipValue();
+        if (error)
+            *error = std::move(problem);
+        return std::nullopt;
+    }
+}
+
+PendingCommands readPending(JsonCursor& cursor, const JsonPath& path)
+{
+    ValueReader(cursor, path).expect(JsonCursor::Kind::object, "an object");
+    const auto start = cursor.mark();
     PendingCommands pending;
-    for (const auto& [key, value] : reader.value().items())
-        pending.emplace(key, readCommand(JsonReader(value, key)));
+    bool failed = false;
+    std::string scratch;
+    cursor.beginObject();
+    for (bool first = true; cursor.nextMember(first); first = false) {
+        std::string key(cursor.readKey(scratch));
+        // The last entry under a key counts.
+        if (auto command = readPendingEntry(cursor, key, nullptr)) {
+            pending.insert_or_assign(std::move(key), std::move(*command));
+        } else {
+            pending.erase(key);
+            failed = true;
+        }
+    }
+    if (!failed)
+        return pending;
+    // The error is the one of the first key, in key order, whose last entry fails: a key that
+    // failed and was not kept is one. Found in a second pass, so that failing entries cost no
+    // memory in the first.
+    cursor.rewind(start);
+    cursor.beginObject();
+    std::optional<std::string> firstKey;
+    std::optional<DecodingError> firstError;
+    for (bool first = true; cursor.nextMember(first); first = false) {
+        std::string key(cursor.readKey(scratch));
+        std::optional<DecodingError> error;
+        // A later entry under the first key replaces its error.
+        if (!readPendingEntry(cursor, key, &error) && !pending.contains(key) && (!firstKey || key <= *firstKey)) {
+            firstKey = std::move(key);
+            firstError = std::move(error);
+        }
+    }
+    if (firstError)
+        throw *firstError;
     return pending;
 }
 
@@ -406,11 +642,75 @@ std::string dump(const OrderedJson& json)
     }
 }
 
+// Takes every value and keeps none: runs nlohmann/json's parser only for its error message.
+class SyntaxErrorCatcher : public nlohmann::json_sax<Json> {
+public:
+    std::string message;
+
+    bool null() override { return true; }
+    bool boolean(bool) override { return true; }
+    bool number_integer(number_integer_t) override { return true; }
+    bool number_unsigned(number_unsigned_t) override { return true; }
+    bool number_float(number_float_t, const string_t&) override { return true; }
+    bool string(string_t&) override { return true; }
+    bool binary(binary_t&) override { return true; }
+    bool start_object(std::size_t) override { return true; }
+    bool key(string_t&) override { return true; }
+    bool end_object() override { return true; }
+    bool start_array(std::size_t) override { return true; }
+    bool end_array() override { return true; }
+    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception& error) override
+    {
+        message = error.what();
+        return false;
+    }
+};
+
+DecodingError syntaxError(std::string_view text)
+{
+    SyntaxErrorCatcher catcher;
+    Json::sax_parse(text.begin(), text.end(), &catcher);
+    // nlohmann/json names the fault and where it is; it parses nothing we refuse otherwise.
+    return DecodingError("", "not valid JSON" + (catcher.message.empty() ? std::string() : " (" + catcher.message + ")"));
+}
+
+DecodingError nestingError()
+{
+    return DecodingError("", "nested deeper than " + std::to_string(maximumNesting) + " levels");
+}
+
+// Reads the record at the top of `text` with `read(cursor, path)`. Errors come in a fixed order,
+// whatever their places in the document: nesting too deep, then anything that is not JSON, then
+// the first problem of the record.
 template<class Record, class Read>
 Record decodeDocument(std::string_view text, Read read)
 {
-    auto document = parseDocument(text);
-    return read(JsonReader(document));
+    try {
+        JsonCursor cursor(text, maximumNesting);
+        const auto start = cursor.mark();
+        const JsonPath root;
+        std::optional<Record> record;
+        std::optional<DecodingError> problem;
+        try {
+            record.emplace(read(cursor, root));
+        } catch (DecodingError& error) {
+            // The rest must still be JSON for this error to be the one that counts.
+            problem = std::move(error);
+            cursor.rewind(start);
+            cursor.skipValue();
+        }
+        cursor.expectEnd();
+        // A NUL byte ends the document, but brackets after it still count.
+        if (nestsDeeperThan(cursor.rest(), maximumNesting))
+            throw nestingError();
+        if (problem)
+            throw *problem;
+        return std::move(*record);
+    } catch (const MalformedJson&) {
+        if (nestsDeeperThan(text, maximumNesting))
+            throw nestingError();
+        throw syntaxError(text);
+    }
 }
 
 }

@@ -293,3 +293,57 @@ TEST_F(GeneratedRecords, EqualRecordsHashAlike)
         EXPECT_EQ(std::hash<WidgetSession> {}(s), std::hash<WidgetSession> {}(WidgetSession(s)));
     }
 }
+
+TEST(WireFormat, ARepeatedKeyCountsByItsLastValue)
+{
+    auto snapshot = decode<WidgetSnapshot>(R"({"items":[0],"updatedAt":"soon","items":[],"updatedAt":7})");
+    EXPECT_TRUE(snapshot.items.empty());
+    EXPECT_EQ(snapshot.updatedAt, Date(7));
+    EXPECT_EQ(decodingProblemPath(R"({"items":[],"updatedAt":7,"updatedAt":null})"), "updatedAt");
+    auto item = decode<WidgetItem>(R"({"id":"a","title":"A","category":"c","isRunning":true,"port":80,"port":null})");
+    EXPECT_FALSE(item.port);
+
+    const std::string command = R"({"id":"6F1C0A4E-2B3D-4C5E-8F90-123456789ABC","itemID":"a","action":"stop","issuedAt":1})";
+    auto pending = decode<PendingCommands>(R"({"a":5,"a":)" + command + "}");
+    ASSERT_EQ(pending.size(), 1u);
+    EXPECT_EQ(pending.at("a").action, WidgetCommand::Action::stop);
+    try {
+        decode<PendingCommands>(R"({"b":5,"a":)" + command + R"(,"a":[]})");
+        FAIL() << "decoded pending marks whose last entry under a key is no command";
+    } catch (const DecodingError& error) {
+        // Of the keys whose last entry fails, the first in key order is named.
+        EXPECT_EQ(error.path(), "a");
+    }
+}
+
+TEST(WireFormat, KeysAndStringsReadAsTheTextTheirEscapesSpell)
+{
+    auto session = decode<WidgetSession>(R"({"\u0069d":"\ud83d\ude00\u00e9\n","title":"é","project":"\/","state":"working"})");
+    EXPECT_EQ(session.id, "😀é\n");
+    EXPECT_EQ(session.title, "é");
+    EXPECT_EQ(session.project, "/");
+    EXPECT_THROW(decode<WidgetSession>(R"({"id":"\ud83d","title":"","project":"","state":"working"})"), DecodingError);
+    EXPECT_THROW(decode<WidgetSession>(R"({"id":"\x","title":"","project":"","state":"working"})"), DecodingError);
+}
+
+TEST(WireFormat, ADocumentThatIsNotJsonFailsAsSuchBeforeAnyValueInIt)
+{
+    try {
+        decode<WidgetSnapshot>(R"({"items":[0],"updatedAt":1,})");
+        FAIL() << "decoded a document with a trailing comma";
+    } catch (const DecodingError& error) {
+        EXPECT_EQ(error.path(), "");
+        EXPECT_THAT(error.problem(), testing::StartsWith("not valid JSON"));
+    }
+    EXPECT_EQ(decodingProblemPath(R"({"items":[0],"updatedAt":1} x)"), "");
+    EXPECT_EQ(decodingProblemPath(R"({"items":[0],"updatedAt":1})"), "items[0]");
+}
+
+TEST(WireFormat, ReadsAsNlohmannJsonDoesAtTheEdgesOfTheText)
+{
+    // A byte-order mark may open the text; a NUL byte ends it.
+    EXPECT_EQ(decode<WidgetSnapshot>("\xef\xbb\xbf{\"items\":[],\"updatedAt\":2}").updatedAt, Date(2));
+    EXPECT_EQ(decode<WidgetSnapshot>(std::string("{\"items\":[],\"updatedAt\":3}\0trailing", 36)).updatedAt, Date(3));
+    EXPECT_THROW(decode<WidgetSnapshot>("\xef\xbb{\"items\":[],\"updatedAt\":2}"), DecodingError);
+    EXPECT_THROW(decode<WidgetSnapshot>(" \t\r\n"), DecodingError);
+}
