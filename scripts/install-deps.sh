@@ -17,7 +17,7 @@ run_packages=(
   build-essential cmake ninja-build pkg-config git
   nlohmann-json3-dev libsystemd-dev uuid-dev libicu-dev
   qt6-base-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6svg6
-  libwayland-dev qt6-wayland
+  libwayland-dev wayland-protocols qt6-wayland
   fonts-inter
   dbus dbus-bin
   help2man

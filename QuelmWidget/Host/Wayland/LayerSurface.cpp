@@ -181,6 +181,7 @@ void LayerSurface::destroy()
         buffer.reset();
     m_configured = false;
     m_buttons = Qt::NoButton;
+    m_press.reset();
     m_display.flush();
 }
 
@@ -250,7 +251,13 @@ void LayerSurface::draw()
 
 QPointF LayerSurface::globalPosition(QPointF local) const
 {
-    return QPointF(m_shownAt) + local;
+    if (!m_press)
+        return QPointF(m_shownAt) + local;
+    if (m_display.tellsTravel())
+        return m_press->global + m_press->travelled;
+    // Without travel reports, count as wlroots-based compositors do while a button is down: from
+    // where the surface stood when it went down.
+    return m_press->global + (local - m_press->local);
 }
 
 void LayerSurface::pointerEntered(QPointF local)
@@ -269,7 +276,22 @@ void LayerSurface::pointerLeft()
 void LayerSurface::pointerMoved(QPointF local)
 {
     m_pointer = local;
-    QMouseEvent event(QEvent::MouseMove, local, local, globalPosition(local), Qt::NoButton, m_buttons, Qt::NoModifier);
+    if (m_press && m_display.tellsTravel())
+        return; // the travel reports move the window
+    sendMove();
+}
+
+void LayerSurface::pointerTravelled(QPointF distance)
+{
+    if (!m_press)
+        return;
+    m_press->travelled += distance;
+    sendMove();
+}
+
+void LayerSurface::sendMove()
+{
+    QMouseEvent event(QEvent::MouseMove, m_pointer, m_pointer, globalPosition(m_pointer), Qt::NoButton, m_buttons, Qt::NoModifier);
     QCoreApplication::sendEvent(&m_window, &event);
 }
 
@@ -283,6 +305,12 @@ void LayerSurface::pointerButton(std::uint32_t code, bool pressed)
         m_buttons |= button;
     else
         m_buttons &= ~Qt::MouseButtons(button);
+    if (button == Qt::LeftButton) {
+        if (pressed)
+            m_press = Press { global, m_pointer, {} };
+        else
+            m_press.reset();
+    }
     QMouseEvent event(pressed ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease, m_pointer, m_pointer, global, button, m_buttons, Qt::NoModifier);
     QCoreApplication::sendEvent(&m_window, &event);
     if (pressed && button == Qt::RightButton) {

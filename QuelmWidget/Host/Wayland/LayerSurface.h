@@ -55,6 +55,8 @@ private:
     void pointerLeft() override;
     void pointerMoved(QPointF) override;
     void pointerButton(std::uint32_t button, bool pressed) override;
+    void pointerTravelled(QPointF) override;
+    void sendMove();
 
     friend struct LayerSurfaceListeners;
 
@@ -80,6 +82,13 @@ private:
 
     QPointF m_pointer;
     Qt::MouseButtons m_buttons;
+    // While the left button is down: where it went down, and how far the pointer has gone since.
+    struct Press {
+        QPointF global;
+        QPointF local;
+        QPointF travelled;
+    };
+    std::optional<Press> m_press;
 };
 
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Host/Wayland/WaylandDisplay.h"
 
+#include "relative-pointer-unstable-v1-client-protocol.h"
 #include "wlr-layer-shell-unstable-v1-client-protocol.h"
 
 #include <QAbstractEventDispatcher>
@@ -24,6 +25,7 @@ constexpr std::uint32_t shmVersion = 1;
 constexpr std::uint32_t layerShellVersion = 3;
 constexpr std::uint32_t seatVersion = 5;
 constexpr std::uint32_t outputVersion = 2;
+constexpr std::uint32_t relativePointerVersion = 1;
 
 template<typename Interface>
 Interface* bind(wl_registry* registry, std::uint32_t name, const wl_interface& interface, std::uint32_t offered, std::uint32_t wanted)
@@ -51,6 +53,8 @@ struct WaylandDisplayListeners {
             self.m_shm = detail::bind<wl_shm>(registry, name, wl_shm_interface, version, detail::shmVersion);
         } else if (std::strcmp(interface, zwlr_layer_shell_v1_interface.name) == 0 && !self.m_layerShell) {
             self.m_layerShell = detail::bind<zwlr_layer_shell_v1>(registry, name, zwlr_layer_shell_v1_interface, version, detail::layerShellVersion);
+        } else if (std::strcmp(interface, zwp_relative_pointer_manager_v1_interface.name) == 0 && !self.m_relativePointers) {
+            self.m_relativePointers = detail::bind<zwp_relative_pointer_manager_v1>(registry, name, zwp_relative_pointer_manager_v1_interface, version, detail::relativePointerVersion);
         } else if (std::strcmp(interface, wl_seat_interface.name) == 0 && !self.m_seat) {
             // The first seat is the user's; further ones are rare and left alone.
             self.m_seat = detail::bind<wl_seat>(registry, name, wl_seat_interface, version, detail::seatVersion);
@@ -106,7 +110,15 @@ struct WaylandDisplayListeners {
         if (hasPointer && !self.m_pointer) {
             self.m_pointer = wl_seat_get_pointer(seat);
             wl_pointer_add_listener(self.m_pointer, &pointerListener, data);
+            if (self.m_relativePointers) {
+                self.m_relativePointer = zwp_relative_pointer_manager_v1_get_relative_pointer(self.m_relativePointers, self.m_pointer);
+                zwp_relative_pointer_v1_add_listener(self.m_relativePointer, &relativePointerListener, data);
+            }
         } else if (!hasPointer && self.m_pointer) {
+            if (self.m_relativePointer) {
+                zwp_relative_pointer_v1_destroy(self.m_relativePointer);
+                self.m_relativePointer = nullptr;
+            }
             if (wl_pointer_get_version(self.m_pointer) >= WL_POINTER_RELEASE_SINCE_VERSION)
                 wl_pointer_release(self.m_pointer);
             else
@@ -149,6 +161,13 @@ struct WaylandDisplayListeners {
             target->pointerButton(button, state == WL_POINTER_BUTTON_STATE_PRESSED);
     }
 
+    static void relativeMotion(void* data, zwp_relative_pointer_v1*, std::uint32_t, std::uint32_t, wl_fixed_t dx, wl_fixed_t dy, wl_fixed_t, wl_fixed_t)
+    {
+        WaylandDisplay& self = of(data);
+        if (PointerTarget* target = self.targetOf(self.m_pointerSurface))
+            target->pointerTravelled(detail::point(dx, dy));
+    }
+
     static void pointerAxis(void*, wl_pointer*, std::uint32_t, std::uint32_t, wl_fixed_t) { }
     static void pointerFrame(void*, wl_pointer*) { }
     static void pointerAxisSource(void*, wl_pointer*, std::uint32_t) { }
@@ -156,6 +175,7 @@ struct WaylandDisplayListeners {
     static void pointerAxisDiscrete(void*, wl_pointer*, std::uint32_t, std::int32_t) { }
     static void pointerAxisValue120(void*, wl_pointer*, std::uint32_t, std::int32_t) { }
 
+    static constexpr zwp_relative_pointer_v1_listener relativePointerListener { relativeMotion };
     static constexpr wl_registry_listener registryListener { global, globalRemoved };
     static constexpr wl_output_listener outputListener { outputGeometry, outputMode, outputDone, outputScale, outputName, outputDescription };
     static constexpr wl_seat_listener seatListener { seatCapabilities, seatName };
@@ -191,6 +211,10 @@ WaylandDisplay::WaylandDisplay(wl_display* display)
 WaylandDisplay::~WaylandDisplay()
 {
     delete m_notifier;
+    if (m_relativePointer)
+        zwp_relative_pointer_v1_destroy(m_relativePointer);
+    if (m_relativePointers)
+        zwp_relative_pointer_manager_v1_destroy(m_relativePointers);
     if (m_pointer)
         wl_pointer_destroy(m_pointer);
     if (m_seat)

@@ -20,6 +20,8 @@ struct wl_seat;
 struct wl_shm;
 struct wl_surface;
 struct zwlr_layer_shell_v1;
+struct zwp_relative_pointer_manager_v1;
+struct zwp_relative_pointer_v1;
 
 class QSocketNotifier;
 
@@ -34,6 +36,8 @@ public:
     virtual void pointerMoved(QPointF) = 0;
     // `button` is a Linux input event code (BTN_LEFT, BTN_RIGHT…).
     virtual void pointerButton(std::uint32_t button, bool pressed) = 0;
+    // How far the pointer went, in compositor coordinates, whatever the surface did meanwhile.
+    virtual void pointerTravelled(QPointF) { }
 };
 
 // Our own connection to the Wayland compositor, beside Qt's: the globals the widgets' layer
@@ -62,6 +66,9 @@ public:
     // None when the compositor offers no desktop layers.
     zwlr_layer_shell_v1* layerShell() const { return m_layerShell; }
     const std::vector<Output>& outputs() const { return m_outputs; }
+    // Whether pointer targets hear pointerTravelled: surface coordinates cannot say how far a
+    // drag went once the surface moves, as compositors differ in which position they count from.
+    bool tellsTravel() const { return m_relativePointers != nullptr; }
 
     // Reads the compositor's events whenever they come, in the thread of the Qt event loop.
     void attachToEventLoop();
@@ -89,6 +96,8 @@ private:
     zwlr_layer_shell_v1* m_layerShell = nullptr;
     wl_seat* m_seat = nullptr;
     wl_pointer* m_pointer = nullptr;
+    zwp_relative_pointer_manager_v1* m_relativePointers = nullptr;
+    zwp_relative_pointer_v1* m_relativePointer = nullptr;
     std::vector<Output> m_outputs;
     // A child of the application, which may end before the connection.
     QPointer<QSocketNotifier> m_notifier;
