@@ -127,12 +127,12 @@ protected:
         ::chmod(m_runtime.c_str(), 0700);
         if (root && ::chown(m_runtime.c_str(), unprivileged, unprivileged) != 0)
             GTEST_SKIP() << "cannot hand a runtime directory to an unprivileged user for sway";
-        writeFile(m_directory / "sway.conf",
-            "output HEADLESS-1 resolution " + std::to_string(screenWidth) + "x" + std::to_string(screenHeight) + "\n");
+        writeFile(m_directory / "sway.conf", swayConfiguration());
         ::chmod((m_directory / "sway.conf").c_str(), 0644);
 
         std::vector<std::string> command { "env", "-i", "PATH=/usr/local/bin:/usr/bin:/bin", "HOME=" + m_directory.path().string(),
-            "XDG_RUNTIME_DIR=" + m_runtime.string(), "WLR_BACKENDS=headless", "WLR_RENDERER=pixman", "WLR_LIBINPUT_NO_DEVICES=1" };
+            "XDG_RUNTIME_DIR=" + m_runtime.string(), "WLR_BACKENDS=headless", "WLR_RENDERER=pixman", "WLR_LIBINPUT_NO_DEVICES=1",
+            "WLR_HEADLESS_OUTPUTS=" + std::to_string(outputCount()) };
         if (root)
             command.insert(command.end(), { "setpriv", "--reuid=65534", "--regid=65534", "--clear-groups" });
         command.insert(command.end(), { "sway", "--config", (m_directory / "sway.conf").string() });
@@ -151,6 +151,12 @@ protected:
         m_data = m_directory / "data";
         fs::create_directories(m_config / "quelm");
         fs::create_directories(m_data);
+    }
+
+    virtual int outputCount() const { return 1; }
+    virtual std::string swayConfiguration() const
+    {
+        return "output HEADLESS-1 resolution " + std::to_string(screenWidth) + "x" + std::to_string(screenHeight) + " position 0 0\n";
     }
 
     std::optional<std::string> socketName() const
@@ -226,17 +232,20 @@ protected:
         return m_host->waitForLine(wanted);
     }
 
+    // Steps of quelm-test-pointer, in the coordinates of the whole layout.
     Finished pointer(std::vector<std::string> steps) const
     {
-        steps.insert(steps.begin(), { QUELM_TEST_POINTER_PROGRAM, std::to_string(screenWidth) + "x" + std::to_string(screenHeight) });
+        steps.insert(steps.begin(), { QUELM_TEST_POINTER_PROGRAM, std::to_string(layoutWidth()) + "x" + std::to_string(screenHeight) });
         return run(with(steps));
     }
+    virtual int layoutWidth() const { return screenWidth; }
 
-    QImage screenshot() const
+    // What one output shows (the first one by default).
+    QImage screenshot(const std::string& output = "HEADLESS-1") const
     {
         const fs::path file = m_directory / "screen.png";
         fs::remove(file);
-        const Finished taken = run(with({ "grim", file.string() }));
+        const Finished taken = run(with({ "grim", "-o", output, file.string() }));
         EXPECT_EQ(taken.status, 0) << taken.output;
         return QImage(QString::fromStdString(file.string()));
     }
@@ -246,7 +255,7 @@ protected:
     {
         if (screen.isNull())
             return false;
-        const QColor desktop = screen.pixelColor(screenWidth - 2, screenHeight - 2);
+        const QColor desktop = screen.pixelColor(screen.width() - 2, screen.height() - 2);
         const auto dark = [&](int px, int py) { return QColor(screen.pixel(px, py)).lightness() + 24 < desktop.lightness(); };
         const auto bare = [&](int px, int py) { return screen.pixelColor(px, py) == desktop; };
         return dark(x + width / 2, y + height - 24) && dark(x + 12, y + height / 2) && dark(x + width - 12, y + height / 2)
@@ -315,6 +324,38 @@ TEST_F(HeadlessSway, WidgetStandsAtItsSavedPlaceOnTheBottomLayerTakesClicksAndDr
     m_host.reset();
     startHost();
     EXPECT_TRUE(hostSays("layer bottom 310 220 364 170")) << "the widget did not come back where it was dragged";
+}
+
+// Two outputs side by side: the first 1024×768 at the origin, the second 800×600 to its right.
+class TwoHeadlessOutputs : public HeadlessSway {
+protected:
+    int outputCount() const override { return 2; }
+    std::string swayConfiguration() const override
+    {
+        return HeadlessSway::swayConfiguration() + "output HEADLESS-2 resolution 800x600 position " + std::to_string(screenWidth) + " 0\n";
+    }
+    int layoutWidth() const override { return screenWidth + 800; }
+};
+
+TEST_F(TwoHeadlessOutputs, WidgetStandsOnTheOutputItWasPlacedOnAndGoesOverToTheOneItIsDroppedOn)
+{
+    publishOneStoppedItem();
+    placeWidgetAt(1100, 100);
+    startHost();
+
+    ASSERT_TRUE(hostSays("layer bottom 1100 100 364 170 HEADLESS-2")) << "the widget is not on the second output";
+    EXPECT_TRUE(eventually([&] { return showsWidgetAt(screenshot("HEADLESS-2"), 1100 - screenWidth, 100, 364, 170); }))
+        << "the second output does not show the widget at its place";
+
+    // Dragged across to the first output and dropped there.
+    const Finished dragged = pointer({ "move", "1110", "110", "pause", "100", "press", "pause", "50", "move", "900", "110", "pause", "50",
+        "move", "700", "110", "pause", "50", "move", "610", "110", "pause", "100", "release", "pause", "100" });
+    ASSERT_EQ(dragged.status, 0) << dragged.output;
+    EXPECT_TRUE(hostSays("layer bottom 600 100 364 170 HEADLESS-1")) << "the widget did not go over to the first output";
+    EXPECT_TRUE(eventually([&] { return savedPosition(widgetsFile()) == std::pair { 600, 100 }; }))
+        << "widgets.json does not keep the new place:\n" << readFile(widgetsFile());
+    EXPECT_TRUE(eventually([&] { return showsWidgetAt(screenshot("HEADLESS-1"), 600, 100, 364, 170); }))
+        << "the first output does not show the widget at 600,100";
 }
 
 TEST(HostWithoutLayerShell, EndsWithStatusOneAndSaysWhyWhenNeitherWaylandNorX11IsReachable)

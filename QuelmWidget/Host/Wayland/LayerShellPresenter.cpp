@@ -18,11 +18,12 @@ void LayerShellPresenter::present(WidgetWindow& window)
 
 QList<QRect> LayerShellPresenter::screenAreas() const
 {
-    // Margins count from the output's corner, so the area is the first output's own.
+    // Each output whole: the widgets' margins count from the output's very edge, panels or not.
     QList<QRect> areas;
-    const auto& outputs = m_display.outputs();
-    if (!outputs.empty() && !outputs.front().pixels.isEmpty())
-        areas << QRect(QPoint(0, 0), outputs.front().pixels / outputs.front().scale);
+    for (const WaylandDisplay::Output& output : m_display.outputs()) {
+        if (!output.logical().isEmpty())
+            areas << output.logical();
+    }
     return areas;
 }
 

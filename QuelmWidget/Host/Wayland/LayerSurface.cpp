@@ -48,10 +48,8 @@ struct LayerSurfaceListeners {
         zwlr_layer_surface_v1_ack_configure(layer, serial);
         const bool first = !self.m_configured;
         self.m_configured = true;
-        if (first) {
-            const QPoint at = self.m_committedAt;
-            HostTrace::line(QStringLiteral("layer bottom %1 %2 %3 %4").arg(at.x()).arg(at.y()).arg(self.m_window.width()).arg(self.m_window.height()));
-        }
+        if (first)
+            self.trace();
         self.draw();
     }
 
@@ -138,19 +136,20 @@ void LayerSurface::create()
 {
     if (m_surface)
         return;
-    const auto& outputs = m_display.outputs();
-    // Positions are kept relative to the first output's corner: without the outputs' layout the
-    // host cannot tell them apart, and the first is where the compositor puts its desktop.
-    wl_output* output = outputs.empty() ? nullptr : outputs.front().output;
+    // A layer surface stays on one output; margins count from that output's corner.
+    const QPoint position = m_window.pos();
+    const WaylandDisplay::Output* output = m_display.outputAt(position);
+    m_output = output ? output->output : nullptr;
     m_surface = wl_compositor_create_surface(m_display.compositor());
-    m_layer = zwlr_layer_shell_v1_get_layer_surface(m_display.layerShell(), m_surface, output, ZWLR_LAYER_SHELL_V1_LAYER_BOTTOM, "quelm-widget");
+    m_layer = zwlr_layer_shell_v1_get_layer_surface(m_display.layerShell(), m_surface, m_output, ZWLR_LAYER_SHELL_V1_LAYER_BOTTOM, "quelm-widget");
     zwlr_layer_surface_v1_add_listener(m_layer, &LayerSurfaceListeners::layerListener, this);
     zwlr_layer_surface_v1_set_size(m_layer, static_cast<std::uint32_t>(m_window.width()), static_cast<std::uint32_t>(m_window.height()));
     zwlr_layer_surface_v1_set_anchor(m_layer, ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT);
     zwlr_layer_surface_v1_set_keyboard_interactivity(m_layer, ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_NONE);
-    zwlr_layer_surface_v1_set_exclusive_zone(m_layer, 0);
-    const QPoint position = m_window.pos();
-    zwlr_layer_surface_v1_set_margin(m_layer, position.y(), 0, 0, position.x());
+    // -1: not pushed aside by panels, so that the margins alone say where it stands.
+    zwlr_layer_surface_v1_set_exclusive_zone(m_layer, -1);
+    const QPoint margins = position - outputOrigin();
+    zwlr_layer_surface_v1_set_margin(m_layer, margins.y(), 0, 0, margins.x());
     m_committedAt = m_shownAt = position;
     m_display.setPointerTarget(m_surface, this);
     // The first commit carries no picture; the configure that answers it lets one be attached.
@@ -189,20 +188,56 @@ void LayerSurface::placeAt(QPoint position)
 {
     if (!m_layer || position == m_committedAt)
         return;
-    zwlr_layer_surface_v1_set_margin(m_layer, position.y(), 0, 0, position.x());
+    const QPoint margins = position - outputOrigin();
+    zwlr_layer_surface_v1_set_margin(m_layer, margins.y(), 0, 0, margins.x());
     wl_surface_commit(m_surface);
     m_committedAt = position;
     wl_callback* sync = wl_display_sync(m_display.display());
     wl_callback_add_listener(sync, &LayerSurfaceListeners::placeListener, this);
     m_pendingPlaces.push_back({ sync, position });
-    HostTrace::line(QStringLiteral("layer bottom %1 %2 %3 %4").arg(position.x()).arg(position.y()).arg(m_window.width()).arg(m_window.height()));
+    trace();
     m_display.flush();
+}
+
+void LayerSurface::moveToOutputUnderIt()
+{
+    const WaylandDisplay::Output* output = m_display.outputAt(m_window.pos());
+    if (!m_layer || !output || output->output == m_output)
+        return;
+    destroy();
+    create();
+}
+
+const WaylandDisplay::Output* LayerSurface::output() const
+{
+    const auto& outputs = m_display.outputs();
+    const auto found = std::find_if(outputs.begin(), outputs.end(), [&](const auto& known) { return known.output == m_output; });
+    return found == outputs.end() ? nullptr : &*found;
+}
+
+QPoint LayerSurface::outputOrigin() const
+{
+    const WaylandDisplay::Output* shownOn = output();
+    return shownOn ? shownOn->logical().topLeft() : QPoint();
 }
 
 int LayerSurface::scale() const
 {
-    const auto& outputs = m_display.outputs();
-    return outputs.empty() ? 1 : outputs.front().scale;
+    const WaylandDisplay::Output* shownOn = output();
+    return shownOn ? shownOn->scale : 1;
+}
+
+void LayerSurface::trace() const
+{
+    if (!HostTrace::enabled())
+        return;
+    const WaylandDisplay::Output* shownOn = output();
+    HostTrace::line(QStringLiteral("layer bottom %1 %2 %3 %4 %5")
+                        .arg(m_committedAt.x())
+                        .arg(m_committedAt.y())
+                        .arg(m_window.width())
+                        .arg(m_window.height())
+                        .arg(shownOn && !shownOn->label.empty() ? QString::fromStdString(shownOn->label) : QStringLiteral("-")));
 }
 
 ShmBuffer* LayerSurface::freeBuffer(QSize pixels)
@@ -311,12 +346,16 @@ void LayerSurface::pointerButton(std::uint32_t code, bool pressed)
         else
             m_press.reset();
     }
+    const bool dropped = button == Qt::LeftButton && !pressed;
     QMouseEvent event(pressed ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease, m_pointer, m_pointer, global, button, m_buttons, Qt::NoModifier);
     QCoreApplication::sendEvent(&m_window, &event);
     if (pressed && button == Qt::RightButton) {
         QContextMenuEvent menu(QContextMenuEvent::Mouse, m_pointer.toPoint(), global.toPoint());
         QCoreApplication::sendEvent(&m_window, &menu);
     }
+    // A widget dropped on another output goes over to it (a layer surface cannot).
+    if (dropped)
+        moveToOutputUnderIt();
 }
 
 }

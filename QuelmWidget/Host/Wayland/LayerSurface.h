@@ -14,6 +14,7 @@
 #include <optional>
 
 struct wl_callback;
+struct wl_output;
 struct wl_surface;
 struct zwlr_layer_surface_v1;
 
@@ -23,8 +24,9 @@ class WidgetWindow;
 
 namespace quelm::host::wayland {
 
-// One widget window shown as a surface on the desktop's bottom layer: anchored at the output's
-// top-left corner with margins equal to the window's position, never taking the keyboard. The
+// One widget window shown as a surface on the desktop's bottom layer of the output under its
+// position: anchored at that output's top-left corner with margins that put it at the window's
+// position, never taking the keyboard. The
 // window itself stays off screen: what it paints is copied into the surface, and the pointer's
 // events over the surface are handed to it as Qt's own, so a press and move drags the window (the
 // margins follow) and a click reaches its buttons.
@@ -46,6 +48,10 @@ private:
     void create();
     void destroy();
     void placeAt(QPoint position);
+    void moveToOutputUnderIt();
+    const WaylandDisplay::Output* output() const;
+    QPoint outputOrigin() const;
+    void trace() const;
     void draw();
     ShmBuffer* freeBuffer(QSize pixels);
     int scale() const;
@@ -62,6 +68,7 @@ private:
 
     WaylandDisplay& m_display;
     WidgetWindow& m_window;
+    wl_output* m_output = nullptr;
     wl_surface* m_surface = nullptr;
     zwlr_layer_surface_v1* m_layer = nullptr;
     bool m_configured = false;

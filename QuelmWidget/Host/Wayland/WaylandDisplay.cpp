@@ -3,6 +3,7 @@
 
 #include "relative-pointer-unstable-v1-client-protocol.h"
 #include "wlr-layer-shell-unstable-v1-client-protocol.h"
+#include "xdg-output-unstable-v1-client-protocol.h"
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
@@ -26,6 +27,7 @@ constexpr std::uint32_t layerShellVersion = 3;
 constexpr std::uint32_t seatVersion = 5;
 constexpr std::uint32_t outputVersion = 2;
 constexpr std::uint32_t relativePointerVersion = 1;
+constexpr std::uint32_t outputPlacementVersion = 2;
 
 template<typename Interface>
 Interface* bind(wl_registry* registry, std::uint32_t name, const wl_interface& interface, std::uint32_t offered, std::uint32_t wanted)
@@ -61,16 +63,60 @@ struct WaylandDisplayListeners {
             wl_seat_add_listener(self.m_seat, &seatListener, data);
         } else if (std::strcmp(interface, wl_output_interface.name) == 0) {
             auto* output = detail::bind<wl_output>(registry, name, wl_output_interface, version, detail::outputVersion);
-            self.m_outputs.push_back({ output, name, {}, 1 });
+            self.m_outputs.push_back({ output, name, {}, 1, nullptr, std::nullopt, {} });
             wl_output_add_listener(output, &outputListener, data);
+            placeOutput(self, self.m_outputs.back());
+        } else if (std::strcmp(interface, zxdg_output_manager_v1_interface.name) == 0 && !self.m_outputPlacements) {
+            self.m_outputPlacements = detail::bind<zxdg_output_manager_v1>(registry, name, zxdg_output_manager_v1_interface, version, detail::outputPlacementVersion);
+            for (WaylandDisplay::Output& output : self.m_outputs)
+                placeOutput(self, output);
         }
     }
+
+    // Asks where the output stands in the layout (once there is a manager to ask).
+    static void placeOutput(WaylandDisplay& self, WaylandDisplay::Output& output)
+    {
+        if (!self.m_outputPlacements || output.placement)
+            return;
+        output.placement = zxdg_output_manager_v1_get_xdg_output(self.m_outputPlacements, output.output);
+        zxdg_output_v1_add_listener(output.placement, &placementListener, &self);
+    }
+
+    static WaylandDisplay::Output* outputPlacedBy(WaylandDisplay& self, zxdg_output_v1* placement)
+    {
+        const auto found = std::find_if(self.m_outputs.begin(), self.m_outputs.end(), [&](const auto& known) { return known.placement == placement; });
+        return found == self.m_outputs.end() ? nullptr : &*found;
+    }
+
+    static void placementPosition(void* data, zxdg_output_v1* placement, std::int32_t x, std::int32_t y)
+    {
+        if (WaylandDisplay::Output* output = outputPlacedBy(of(data), placement))
+            output->area = QRect(QPoint(x, y), output->area.value_or(QRect()).size());
+    }
+
+    static void placementSize(void* data, zxdg_output_v1* placement, std::int32_t width, std::int32_t height)
+    {
+        if (WaylandDisplay::Output* output = outputPlacedBy(of(data), placement))
+            output->area = QRect(output->area.value_or(QRect()).topLeft(), QSize(width, height));
+    }
+
+    static void placementDone(void*, zxdg_output_v1*) { }
+
+    static void placementName(void* data, zxdg_output_v1* placement, const char* name)
+    {
+        if (WaylandDisplay::Output* output = outputPlacedBy(of(data), placement))
+            output->label = name;
+    }
+
+    static void placementDescription(void*, zxdg_output_v1*, const char*) { }
 
     static void globalRemoved(void* data, wl_registry*, std::uint32_t name)
     {
         WaylandDisplay& self = of(data);
         const auto gone = std::find_if(self.m_outputs.begin(), self.m_outputs.end(), [&](const auto& output) { return output.name == name; });
         if (gone != self.m_outputs.end()) {
+            if (gone->placement)
+                zxdg_output_v1_destroy(gone->placement);
             wl_output_destroy(gone->output);
             self.m_outputs.erase(gone);
         }
@@ -175,6 +221,8 @@ struct WaylandDisplayListeners {
     static void pointerAxisDiscrete(void*, wl_pointer*, std::uint32_t, std::int32_t) { }
     static void pointerAxisValue120(void*, wl_pointer*, std::uint32_t, std::int32_t) { }
 
+    static constexpr zxdg_output_v1_listener placementListener { placementPosition, placementSize, placementDone, placementName,
+        placementDescription };
     static constexpr zwp_relative_pointer_v1_listener relativePointerListener { relativeMotion };
     static constexpr wl_registry_listener registryListener { global, globalRemoved };
     static constexpr wl_output_listener outputListener { outputGeometry, outputMode, outputDone, outputScale, outputName, outputDescription };
@@ -219,8 +267,13 @@ WaylandDisplay::~WaylandDisplay()
         wl_pointer_destroy(m_pointer);
     if (m_seat)
         wl_seat_destroy(m_seat);
-    for (const Output& output : m_outputs)
+    for (const Output& output : m_outputs) {
+        if (output.placement)
+            zxdg_output_v1_destroy(output.placement);
         wl_output_destroy(output.output);
+    }
+    if (m_outputPlacements)
+        zxdg_output_manager_v1_destroy(m_outputPlacements);
     if (m_layerShell)
         zwlr_layer_shell_v1_destroy(m_layerShell);
     if (m_shm)
@@ -273,6 +326,14 @@ void WaylandDisplay::checkConnection()
     if (m_notifier)
         m_notifier->setEnabled(false);
     emit lost();
+}
+
+const WaylandDisplay::Output* WaylandDisplay::outputAt(QPoint point) const
+{
+    const auto holding = std::find_if(m_outputs.begin(), m_outputs.end(), [&](const Output& output) { return output.logical().contains(point); });
+    if (holding != m_outputs.end())
+        return &*holding;
+    return m_outputs.empty() ? nullptr : &m_outputs.front();
 }
 
 void WaylandDisplay::setPointerTarget(wl_surface* surface, PointerTarget* target)

@@ -4,10 +4,13 @@
 #include <QObject>
 #include <QPointer>
 #include <QPointF>
+#include <QRect>
 #include <QSize>
 
 #include <cstdint>
+#include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +25,8 @@ struct wl_surface;
 struct zwlr_layer_shell_v1;
 struct zwp_relative_pointer_manager_v1;
 struct zwp_relative_pointer_v1;
+struct zxdg_output_manager_v1;
+struct zxdg_output_v1;
 
 class QSocketNotifier;
 
@@ -54,6 +59,13 @@ public:
         std::uint32_t name = 0;
         QSize pixels;  // the current mode
         int scale = 1;
+        // Where it stands in the desktop's layout, in surface coordinates; without xdg-output
+        // every output counts from the layout's origin.
+        zxdg_output_v1* placement = nullptr;
+        std::optional<QRect> area;
+        std::string label; // "HEADLESS-1", "DP-2"…
+
+        QRect logical() const { return area.value_or(QRect(QPoint(0, 0), pixels / std::max(1, scale))); }
     };
 
     // The compositor named by WAYLAND_DISPLAY, its globals known; none when it cannot be reached.
@@ -66,6 +78,9 @@ public:
     // None when the compositor offers no desktop layers.
     zwlr_layer_shell_v1* layerShell() const { return m_layerShell; }
     const std::vector<Output>& outputs() const { return m_outputs; }
+    // The output a surface whose top-left corner is at `point` (layout coordinates) belongs on:
+    // the one that holds the point, or else the first; none when there is no output.
+    const Output* outputAt(QPoint point) const;
     // Whether pointer targets hear pointerTravelled: surface coordinates cannot say how far a
     // drag went once the surface moves, as compositors differ in which position they count from.
     bool tellsTravel() const { return m_relativePointers != nullptr; }
@@ -98,6 +113,7 @@ private:
     wl_pointer* m_pointer = nullptr;
     zwp_relative_pointer_manager_v1* m_relativePointers = nullptr;
     zwp_relative_pointer_v1* m_relativePointer = nullptr;
+    zxdg_output_manager_v1* m_outputPlacements = nullptr;
     std::vector<Output> m_outputs;
     // A child of the application, which may end before the connection.
     QPointer<QSocketNotifier> m_notifier;
