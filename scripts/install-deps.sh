@@ -17,6 +17,7 @@ run_packages=(
   build-essential cmake ninja-build pkg-config git
   nlohmann-json3-dev libsystemd-dev uuid-dev libicu-dev
   qt6-base-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6svg6
+  libwayland-dev wayland-protocols qt6-wayland
   fonts-inter
   dbus dbus-bin
   help2man
@@ -24,6 +25,7 @@ run_packages=(
 test_packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev libsimdjson-dev
   xvfb xauth xdotool
+  sway grim
   clang libclang-rt-14-dev
   dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd
   strace

@@ -100,7 +100,10 @@ PlacedWidget& DesktopHost::place(WidgetInstance instance)
     connect(placed, &PlacedWidget::toggleRequested, this,
         [this, placed](const ToggleItemIntent& intent) { m_intents->run(placed->instance().id, intent); });
 
-    placed->show(windowPosition(saved, placed->window().size(), screenAreas(), placedBefore));
+    if (m_presenter)
+        m_presenter->present(placed->window());
+    const QList<QRect> areas = m_presenter ? m_presenter->screenAreas() : screenAreas();
+    placed->show(windowPosition(saved, placed->window().size(), areas, placedBefore));
     saveSoon();
     return *placed;
 }

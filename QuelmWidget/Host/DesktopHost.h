@@ -5,6 +5,7 @@
 #include "Host/IntentRunner.h"
 #include "Views/Palette.h"
 #include "Host/PlacedWidget.h"
+#include "Host/WidgetPresenter.h"
 #include "Widget/QuelmWidgetBundle.h"
 #include "Host/WidgetGallery.h"
 
@@ -54,6 +55,10 @@ public:
 
     const ContainerWatcher* containerWatcher() const { return m_watcher; }
 
+    // Shows the widgets placed from now on through `presenter` (which outlives the host) rather
+    // than as Qt's own top-level windows.
+    void setPresenter(WidgetPresenter& presenter) { m_presenter = &presenter; }
+
 signals:
     // The last widget is gone.
     void emptied();
@@ -68,6 +73,7 @@ private:
     const QuelmWidget& m_widget;
     InstanceStore m_store;
     views::Palette m_palette;
+    WidgetPresenter* m_presenter = nullptr; // none: Qt's own windows
     ContainerWatcher* m_watcher;
     IntentRunner* m_intents;
     std::vector<PlacedWidget*> m_placed;

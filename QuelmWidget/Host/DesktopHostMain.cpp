@@ -1,6 +1,7 @@
 #include "Host/DesktopHostMain.h"
 
 #include "Host/DesktopHost.h"
+#include "Host/HostDisplay.h"
 #include "Host/HostTexts.h"
 #include "Host/InstanceStore.h"
 #include "Widget/QuelmWidgetBundle.h"
@@ -18,25 +19,12 @@
 
 namespace quelm::host {
 
-namespace {
-
-bool hasDisplay()
-{
-    for (const char* variable : { "QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY" }) {
-        const char* value = std::getenv(variable);
-        if (value && *value)
-            return true;
-    }
-    return false;
-}
-
-}
-
 int runDesktopHost(int& argc, char** argv, const DesktopHostOptions& options, std::ostream& err)
 {
     // Qt would abort without a display; say what is missing instead.
-    if (!hasDisplay()) {
-        err << "quelm-widget: no display to show the widgets on (neither DISPLAY nor WAYLAND_DISPLAY is set)\n";
+    HostDisplay display = HostDisplay::open();
+    if (display.platform().kind == HostPlatform::Kind::none) {
+        err << "quelm-widget: " << display.platform().problem << '\n';
         return EXIT_FAILURE;
     }
     const auto filePath = InstanceStore::defaultFilePath();
@@ -78,6 +66,7 @@ int runDesktopHost(int& argc, char** argv, const DesktopHostOptions& options, st
     const QuelmWidgetBundle bundle;
     DesktopHost host(bundle, InstanceStore(*filePath));
     QObject::connect(&host, &DesktopHost::emptied, &application, &QCoreApplication::quit, Qt::QueuedConnection);
+    display.attach(host);
     host.start(err, options.autostart ? DesktopHost::WhenEmpty::end : DesktopHost::WhenEmpty::openGallery);
     const int status = QApplication::exec();
     host.flushSaves();

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include "Host/Wayland/LayerShellPresenter.h"
+
+#include "Host/Wayland/LayerSurface.h"
+#include "Host/WidgetWindow.h"
+
+namespace quelm::host::wayland {
+
+LayerShellPresenter::LayerShellPresenter(WaylandDisplay& display)
+    : m_display(display)
+{
+}
+
+void LayerShellPresenter::present(WidgetWindow& window)
+{
+    new LayerSurface(m_display, window); // owned by the window
+}
+
+QList<QRect> LayerShellPresenter::screenAreas() const
+{
+    // Each output whole: the widgets' margins count from the output's very edge, panels or not.
+    QList<QRect> areas;
+    for (const WaylandDisplay::Output& output : m_display.outputs()) {
+        if (!output.logical().isEmpty())
+            areas << output.logical();
+    }
+    return areas;
+}
+
+}

@@ -1,0 +1,392 @@
+// SPDX-License-Identifier: MIT
+// The desktop host on a real Wayland compositor: headless sway, which offers layer-shell, its
+// screen read back with grim and its seat given a pointer by quelm-test-pointer (a headless seat
+// has none). Also where the host goes without layer-shell: to X11 when an X server is reachable,
+// nowhere (status 1, and why) otherwise. Where sway cannot run, its tests are skipped and say so.
+
+#include "ChildWithOutput.h"
+#include "TestSupport.h"
+#include "ViewTreeSearch.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <QColor>
+#include <QImage>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using nlohmann::json;
+using quelm::test::ChildWithOutput;
+using quelm::test::TemporaryDirectory;
+using quelm::test::findNode;
+using quelm::test::readFile;
+using quelm::test::writeFile;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int screenWidth = 1024;
+constexpr int screenHeight = 768;
+// The user sway runs as when the tests run as root, which sway refuses.
+constexpr uid_t unprivileged = 65534;
+const std::string widgetID = "0C0FFEE0-0000-4000-8000-000000000001";
+
+std::string shellQuoted(const std::string& text)
+{
+    std::string quoted = "'";
+    for (const char c : text)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+struct Finished {
+    int status = -1;
+    std::string output; // standard output and error together
+};
+
+Finished run(const std::vector<std::string>& arguments)
+{
+    std::string command;
+    for (const auto& argument : arguments)
+        command += shellQuoted(argument) + " ";
+    command += "</dev/null 2>&1";
+    Finished result;
+    FILE* pipe = ::popen(command.c_str(), "r");
+    if (!pipe)
+        throw std::runtime_error("popen failed");
+    char buffer[4096];
+    std::size_t count;
+    while ((count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0)
+        result.output.append(buffer, count);
+    const int status = ::pclose(pipe);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+}
+
+bool onPath(const std::string& program)
+{
+    return run({ "sh", "-c", "command -v " + program }).status == 0;
+}
+
+bool startsWith(const std::string& text, const std::string& prefix)
+{
+    return text.rfind(prefix, 0) == 0;
+}
+
+// Polls `condition` until it holds or a generous deadline passes.
+template<typename Condition>
+bool eventually(Condition condition, std::chrono::seconds deadline = std::chrono::seconds(30))
+{
+    const auto end = std::chrono::steady_clock::now() + deadline;
+    while (std::chrono::steady_clock::now() < end) {
+        if (condition())
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return condition();
+}
+
+// The saved position of the test's widget, if widgets.json has one.
+std::optional<std::pair<int, int>> savedPosition(const fs::path& file)
+{
+    try {
+        const json saved = json::parse(readFile(file));
+        for (const json& widget : saved.at("widgets")) {
+            if (widget.at("id") == widgetID && widget.contains("position"))
+                return std::pair { widget["position"].at("x").get<int>(), widget["position"].at("y").get<int>() };
+        }
+    } catch (const std::exception&) {
+    }
+    return std::nullopt;
+}
+
+// A headless sway of the test's own, with everything the host needs around it: a configuration
+// and a container directory, and the environment to run programs against it.
+class HeadlessSway : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!onPath("sway"))
+            GTEST_SKIP() << "sway is not installed, so the host cannot be tried on a Wayland compositor here";
+        ::chmod(m_directory.path().c_str(), 0755);
+        const bool root = ::geteuid() == 0;
+        m_runtime = m_directory / "runtime";
+        fs::create_directory(m_runtime);
+        ::chmod(m_runtime.c_str(), 0700);
+        if (root && ::chown(m_runtime.c_str(), unprivileged, unprivileged) != 0)
+            GTEST_SKIP() << "cannot hand a runtime directory to an unprivileged user for sway";
+        writeFile(m_directory / "sway.conf", swayConfiguration());
+        ::chmod((m_directory / "sway.conf").c_str(), 0644);
+
+        std::vector<std::string> command { "env", "-i", "PATH=/usr/local/bin:/usr/bin:/bin", "HOME=" + m_directory.path().string(),
+            "XDG_RUNTIME_DIR=" + m_runtime.string(), "WLR_BACKENDS=headless", "WLR_RENDERER=pixman", "WLR_LIBINPUT_NO_DEVICES=1",
+            "WLR_HEADLESS_OUTPUTS=" + std::to_string(outputCount()) };
+        if (root)
+            command.insert(command.end(), { "setpriv", "--reuid=65534", "--regid=65534", "--clear-groups" });
+        command.insert(command.end(), { "sway", "--config", (m_directory / "sway.conf").string() });
+        m_sway.emplace(command, STDERR_FILENO);
+
+        const bool started = eventually([&] { return socketName().has_value() && ipcSocket().has_value(); });
+        if (!started) {
+            std::string log;
+            for (const auto& line : m_sway->lines())
+                log += line + "\n";
+            m_sway.reset();
+            GTEST_SKIP() << "sway cannot run here:\n" << log;
+        }
+
+        m_config = m_directory / "config";
+        m_data = m_directory / "data";
+        fs::create_directories(m_config / "quelm");
+        fs::create_directories(m_data);
+    }
+
+    virtual int outputCount() const { return 1; }
+    virtual std::string swayConfiguration() const
+    {
+        return "output HEADLESS-1 resolution " + std::to_string(screenWidth) + "x" + std::to_string(screenHeight) + " position 0 0\n";
+    }
+
+    std::optional<std::string> socketName() const
+    {
+        std::error_code ignored;
+        for (const auto& entry : fs::directory_iterator(m_runtime, ignored)) {
+            const std::string name = entry.path().filename().string();
+            if (startsWith(name, "wayland-") && entry.path().extension() != ".lock")
+                return name;
+        }
+        return std::nullopt;
+    }
+
+    std::optional<std::string> ipcSocket() const
+    {
+        std::error_code ignored;
+        for (const auto& entry : fs::directory_iterator(m_runtime, ignored)) {
+            if (startsWith(entry.path().filename().string(), "sway-ipc."))
+                return entry.path().string();
+        }
+        return std::nullopt;
+    }
+
+    // `env` arguments that run a program against this compositor and this test's files, with no
+    // X server in sight.
+    std::vector<std::string> environment() const
+    {
+        return { "env", "-u", "DISPLAY", "-u", "QT_QPA_PLATFORM", "XDG_RUNTIME_DIR=" + m_runtime.string(), "WAYLAND_DISPLAY=" + *socketName(),
+            "XDG_CONFIG_HOME=" + m_config.string(), "XDG_DATA_HOME=" + m_data.string(), "QUELM_HOST_TRACE=1" };
+    }
+
+    std::vector<std::string> with(std::vector<std::string> arguments) const
+    {
+        std::vector<std::string> command = environment();
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return command;
+    }
+
+    fs::path container() const { return m_data / "group-containers" / "local.dev.quelm.Quelm"; }
+    fs::path widgetsFile() const { return m_config / "quelm" / "widgets.json"; }
+
+    // The companion app as far as the widget can tell: one stopped item, and a fresh heartbeat.
+    void publishOneStoppedItem()
+    {
+        const fs::path snapshot = m_directory / "snapshot.json";
+        writeFile(snapshot, R"({"items":[{"id":"db","title":"Postgres","category":"database","isRunning":false}],"language":"en","updatedAt":1795384610.25})");
+        const Finished published = run(with({ QUELMCTL_PROGRAM, "publish", snapshot.string() }));
+        ASSERT_EQ(published.status, 0) << published.output;
+        const Finished beat = run(with({ QUELMCTL_PROGRAM, "heartbeat" }));
+        ASSERT_EQ(beat.status, 0) << beat.output;
+    }
+
+    void placeWidgetAt(int x, int y)
+    {
+        writeFile(widgetsFile(), json { { "widgets", json::array({ { { "id", widgetID }, { "family", "medium" }, { "sortOrder", "category" },
+                                                             { "position", { { "x", x }, { "y", y } } } } }) } }
+                                     .dump());
+    }
+
+    void startHost() { m_host.emplace(with({ QUELM_WIDGET_PROGRAM })); }
+
+    // A trace line of the host that starts with `prefix`, said already or still to come.
+    std::optional<std::string> hostSays(const std::string& prefix)
+    {
+        return hostSays([&](const std::string& line) { return startsWith(line, prefix); });
+    }
+    std::optional<std::string> hostSays(const std::function<bool(const std::string&)>& wanted)
+    {
+        for (const auto& line : m_host->lines()) {
+            if (wanted(line))
+                return line;
+        }
+        return m_host->waitForLine(wanted);
+    }
+
+    // Steps of quelm-test-pointer, in the coordinates of the whole layout.
+    Finished pointer(std::vector<std::string> steps) const
+    {
+        steps.insert(steps.begin(), { QUELM_TEST_POINTER_PROGRAM, std::to_string(layoutWidth()) + "x" + std::to_string(screenHeight) });
+        return run(with(steps));
+    }
+    virtual int layoutWidth() const { return screenWidth; }
+
+    // What one output shows (the first one by default).
+    QImage screenshot(const std::string& output = "HEADLESS-1") const
+    {
+        const fs::path file = m_directory / "screen.png";
+        fs::remove(file);
+        const Finished taken = run(with({ "grim", "-o", output, file.string() }));
+        EXPECT_EQ(taken.status, 0) << taken.output;
+        return QImage(QString::fromStdString(file.string()));
+    }
+
+    // Whether the screen shows the widget's dark glass in the box at (x, y) and the desktop around it.
+    static bool showsWidgetAt(const QImage& screen, int x, int y, int width, int height)
+    {
+        if (screen.isNull())
+            return false;
+        const QColor desktop = screen.pixelColor(screen.width() - 2, screen.height() - 2);
+        const auto dark = [&](int px, int py) { return QColor(screen.pixel(px, py)).lightness() + 24 < desktop.lightness(); };
+        const auto bare = [&](int px, int py) { return screen.pixelColor(px, py) == desktop; };
+        return dark(x + width / 2, y + height - 24) && dark(x + 12, y + height / 2) && dark(x + width - 12, y + height / 2)
+            && bare(x - 4, y + height / 2) && bare(x + width + 4, y + height / 2) && bare(x + width / 2, y - 4)
+            && bare(x + width / 2, y + height + 4);
+    }
+
+    TemporaryDirectory m_directory;
+    fs::path m_runtime;
+    fs::path m_config;
+    fs::path m_data;
+    std::optional<ChildWithOutput> m_sway;
+    std::optional<ChildWithOutput> m_host;
+};
+
+TEST_F(HeadlessSway, WidgetStandsAtItsSavedPlaceOnTheBottomLayerTakesClicksAndDragsAndKeepsItsPlace)
+{
+    publishOneStoppedItem();
+    placeWidgetAt(200, 150);
+    startHost();
+
+    // Shown where it was saved, as a layer surface rather than a window.
+    ASSERT_TRUE(hostSays("layer bottom 200 150 364 170")) << "the widget did not come up on the bottom layer";
+    std::optional<json> tree;
+    const auto rendered = hostSays([&](const std::string& line) {
+        if (!startsWith(line, "render "))
+            return false;
+        tree = json::parse(line.substr(line.find(' ', 7) + 1));
+        return tree->at("appStatus") == "running";
+    });
+    ASSERT_TRUE(rendered) << "the widget never showed the running app";
+    EXPECT_TRUE(eventually([&] { return showsWidgetAt(screenshot(), 200, 150, 364, 170); })) << "the screen does not show the widget at 200,150";
+    const Finished windows = run(with({ "swaymsg", "-s", *ipcSocket(), "-t", "get_tree" }));
+    ASSERT_EQ(windows.status, 0) << windows.output;
+    EXPECT_EQ(windows.output.find("\"app_id\": \""), std::string::npos) << "the widget is an ordinary window:\n" << windows.output;
+
+    // A click on the item's button reaches the app's side: a command in the container.
+    const json* button = findNode<json>(tree->at("root"), [](const json& node) { return node["type"] == "button" && node["enabled"] == true; });
+    ASSERT_NE(button, nullptr) << "no button to click";
+    const json& frame = button->at("frame");
+    const int buttonX = 200 + static_cast<int>(frame["x"].get<double>() + frame["w"].get<double>() / 2);
+    const int buttonY = 150 + static_cast<int>(frame["y"].get<double>() + frame["h"].get<double>() / 2);
+    const Finished clicked = pointer({ "move", "10", "10", "pause", "100", "move", std::to_string(buttonX), std::to_string(buttonY), "pause", "100",
+        "press", "pause", "50", "release", "pause", "100" });
+    ASSERT_EQ(clicked.status, 0) << clicked.output;
+    EXPECT_TRUE(hostSays("click " + widgetID + " toggle db start")) << "the host did not take the click";
+    EXPECT_TRUE(eventually([&] {
+        std::error_code ignored;
+        for (const auto& entry : fs::directory_iterator(container() / "commands", ignored)) {
+            if (entry.path().extension() == ".json" && readFile(entry.path()).find("\"db\"") != std::string::npos)
+                return true;
+        }
+        return false;
+    })) << "no command for the item in the container";
+
+    // A drag from the glass (away from the button) moves it by as much as the pointer went.
+    const Finished dragged = pointer({ "move", "210", "160", "pause", "100", "press", "pause", "50", "move", "240", "180", "pause", "50",
+        "move", "280", "200", "pause", "50", "move", "320", "230", "pause", "100", "release", "pause", "100" });
+    ASSERT_EQ(dragged.status, 0) << dragged.output;
+    EXPECT_TRUE(hostSays("layer bottom 310 220 364 170")) << "the layer surface did not follow the drag";
+    EXPECT_TRUE(eventually([&] { return savedPosition(widgetsFile()) == std::pair { 310, 220 }; }))
+        << "widgets.json does not keep the new place:\n" << readFile(widgetsFile());
+    EXPECT_TRUE(eventually([&] { return showsWidgetAt(screenshot(), 310, 220, 364, 170); })) << "the screen does not show the widget at 310,220";
+
+    // And the next start shows it there.
+    m_host.reset();
+    startHost();
+    EXPECT_TRUE(hostSays("layer bottom 310 220 364 170")) << "the widget did not come back where it was dragged";
+}
+
+// Two outputs side by side: the first 1024×768 at the origin, the second 800×600 to its right.
+class TwoHeadlessOutputs : public HeadlessSway {
+protected:
+    int outputCount() const override { return 2; }
+    std::string swayConfiguration() const override
+    {
+        return HeadlessSway::swayConfiguration() + "output HEADLESS-2 resolution 800x600 position " + std::to_string(screenWidth) + " 0\n";
+    }
+    int layoutWidth() const override { return screenWidth + 800; }
+};
+
+TEST_F(TwoHeadlessOutputs, WidgetStandsOnTheOutputItWasPlacedOnAndGoesOverToTheOneItIsDroppedOn)
+{
+    publishOneStoppedItem();
+    placeWidgetAt(1100, 100);
+    startHost();
+
+    ASSERT_TRUE(hostSays("layer bottom 1100 100 364 170 HEADLESS-2")) << "the widget is not on the second output";
+    EXPECT_TRUE(eventually([&] { return showsWidgetAt(screenshot("HEADLESS-2"), 1100 - screenWidth, 100, 364, 170); }))
+        << "the second output does not show the widget at its place";
+
+    // Dragged across to the first output and dropped there.
+    const Finished dragged = pointer({ "move", "1110", "110", "pause", "100", "press", "pause", "50", "move", "900", "110", "pause", "50",
+        "move", "700", "110", "pause", "50", "move", "610", "110", "pause", "100", "release", "pause", "100" });
+    ASSERT_EQ(dragged.status, 0) << dragged.output;
+    EXPECT_TRUE(hostSays("layer bottom 600 100 364 170 HEADLESS-1")) << "the widget did not go over to the first output";
+    EXPECT_TRUE(eventually([&] { return savedPosition(widgetsFile()) == std::pair { 600, 100 }; }))
+        << "widgets.json does not keep the new place:\n" << readFile(widgetsFile());
+    EXPECT_TRUE(eventually([&] { return showsWidgetAt(screenshot("HEADLESS-1"), 600, 100, 364, 170); }))
+        << "the first output does not show the widget at 600,100";
+}
+
+TEST(HostWithoutLayerShell, EndsWithStatusOneAndSaysWhyWhenNeitherWaylandNorX11IsReachable)
+{
+    TemporaryDirectory directory;
+    const Finished host = run({ "env", "-u", "DISPLAY", "-u", "QT_QPA_PLATFORM", "XDG_RUNTIME_DIR=" + directory.path().string(),
+        "WAYLAND_DISPLAY=no-compositor-here", "XDG_CONFIG_HOME=" + (directory / "config").string(), QUELM_WIDGET_PROGRAM });
+    EXPECT_EQ(host.status, 1);
+    EXPECT_NE(host.output.find("quelm-widget: cannot reach the Wayland compositor named by WAYLAND_DISPLAY, and DISPLAY is not set for an X server"),
+        std::string::npos)
+        << host.output;
+    EXPECT_FALSE(fs::exists(directory / "config" / "quelm" / "widgets.json")) << "the host went on without a display";
+}
+
+TEST(HostWithoutLayerShell, ShowsItsWidgetsAsX11WindowsWhenAnXServerIsReachable)
+{
+    if (!onPath("Xvfb") || !onPath("xdotool"))
+        GTEST_SKIP() << "Xvfb and xdotool are needed to see an X11 window";
+    TemporaryDirectory directory;
+    ChildWithOutput display({ "Xvfb", "-displayfd", "3", "-screen", "0", "1024x768x24", "-nolisten", "tcp" }, 3);
+    const auto number = display.waitForLine([](const std::string& line) { return !line.empty(); });
+    ASSERT_TRUE(number) << "Xvfb did not start";
+    const std::string x11 = "DISPLAY=:" + *number;
+    ChildWithOutput host({ "env", "-u", "QT_QPA_PLATFORM", x11, "XDG_RUNTIME_DIR=" + directory.path().string(), "WAYLAND_DISPLAY=no-compositor-here",
+        "XDG_CONFIG_HOME=" + (directory / "config").string(), "XDG_DATA_HOME=" + (directory / "data").string(), "QUELM_HOST_TRACE=1",
+        QUELM_WIDGET_PROGRAM });
+    ASSERT_TRUE(host.waitForLine([](const std::string& line) { return startsWith(line, "window "); })) << "the host placed no widget";
+    EXPECT_TRUE(eventually([&] { return run({ "env", x11, "xdotool", "search", "--onlyvisible", "--pid", std::to_string(host.pid()) }).status == 0; }))
+        << "no X11 window of the host is shown";
+    for (const auto& line : host.lines())
+        EXPECT_FALSE(startsWith(line, "layer ")) << line;
+}
+
+}
