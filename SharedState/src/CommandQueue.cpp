@@ -70,7 +70,7 @@ void SharedStore::markPending(const WidgetCommand& command, std::error_code& err
         pending.insert_or_assign(command.itemID, command);
         detail::writeFileAtomically(path, encode(pending), detail::maximumDocumentSize);
     } catch (const std::system_error& failure) {
-        error = failure.code();
+        error = detail::errorCarriedBy(failure);
     } catch (const EncodingError&) {
         error = std::make_error_code(std::errc::illegal_byte_sequence);
     } catch (const std::bad_alloc&) {

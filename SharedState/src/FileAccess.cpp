@@ -312,6 +312,11 @@ void requireTrusted(const std::filesystem::path& directory)
             std::error_code(EACCES, std::generic_category()));
 }
 
+__attribute__((no_sanitize("vptr"))) std::error_code errorCarriedBy(const std::system_error& failure) noexcept
+{
+    return failure.code();
+}
+
 FileLock::FileLock(const std::filesystem::path& path)
 {
     m_fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, privateFileMode);

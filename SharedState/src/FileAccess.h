@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/types.h>
@@ -83,6 +84,11 @@ std::string distrust(const std::filesystem::path& directory) noexcept;
 
 // Throws std::filesystem::filesystem_error (EACCES) carrying `distrust`'s reason, if any.
 void requireTrusted(const std::filesystem::path& directory);
+
+// The error a failed operation threw, for the writers that report through a std::error_code.
+// UBSan's check of a call on a polymorphic object probes memory through a pipe, which a process out
+// of descriptors cannot open (the very failure being reported): that check is left out here.
+std::error_code errorCarriedBy(const std::system_error&) noexcept;
 
 // An exclusive advisory lock on the file `path` (created 0600 when missing, never through a link),
 // held until destruction: serialises the read-modify-write of a document between processes.

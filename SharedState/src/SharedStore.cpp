@@ -84,7 +84,7 @@ void SharedStore::touchHeartbeat(Date date, std::error_code& error) const noexce
         detail::writeFileAtomically(m_root / heartbeatFileName, detail::formatHeartbeat(date.secondsSince1970()),
             detail::maximumSmallFileSize);
     } catch (const std::system_error& failure) {
-        error = failure.code();
+        error = detail::errorCarriedBy(failure);
     } catch (...) {
         error = std::make_error_code(std::errc::not_enough_memory);
     }

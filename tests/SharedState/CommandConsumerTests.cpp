@@ -400,22 +400,26 @@ TEST_F(CommandConsumerTest, FourConcurrentConsumersDeliverEachCommandExactlyOnce
 TEST_F(CommandConsumerTest, ConsumersKilledAtRandomLoseNoCommand)
 {
     const int kills = configuredCount("QUELM_CLAIM_KILLS", 100);
-    const int count = kills * 20;
     const fs::path records = temporary / "records";
     fs::create_directory(records);
     std::set<std::string> enqueued;
-    for (int i = 0; i < count; ++i) {
-        const auto command = commandAt(aMoment + i);
-        store.enqueue(command);
-        enqueued.insert(command.id.string());
-    }
+    auto enqueueMore = [&](int more) {
+        for (int i = 0; i < more; ++i) {
+            const auto command = commandAt(aMoment + double(enqueued.size()));
+            store.enqueue(command);
+            enqueued.insert(command.id.string());
+        }
+    };
     std::mt19937 random(std::random_device {}());
     int killed = 0;
     int runs = 0;
-    // Instants spread over what a consumer takes to claim and deliver a few thousand commands:
-    // some die while claiming, most while delivering.
-    std::uniform_int_distribution<int> instant(0, 50'000);
+    int diedHolding = 0;
+    std::size_t heldAtDeath = 0;
+    // Commands keep arriving while consumers come and die, so that the queue stays short and the
+    // kills land while claiming, while delivering and while returning a dead one's claims.
+    std::uniform_int_distribution<int> instant(0, 20'000);
     while (killed < kills) {
+        enqueueMore(20);
         const pid_t child = ::fork();
         ASSERT_GE(child, 0);
         if (child == 0)
@@ -425,12 +429,17 @@ TEST_F(CommandConsumerTest, ConsumersKilledAtRandomLoseNoCommand)
         ::kill(child, SIGKILL);
         int status = 0;
         ASSERT_EQ(::waitpid(child, &status, 0), child);
-        if (WIFSIGNALED(status))
+        if (WIFSIGNALED(status)) {
             ++killed;
-        else
+            // What the dead consumer held: it must all come back.
+            std::size_t held = 0;
+            // A consumer killed before its first claim may not have made the folder yet.
+            for (const auto& folder : fs::exists(container / "claimed") ? entriesOf(container / "claimed") : std::vector<std::string> {})
+                held += entriesOf(container / "claimed" / folder).size();
+            heldAtDeath += held;
+            diedHolding += held > 0 ? 1 : 0;
+        } else
             ASSERT_EQ(WEXITSTATUS(status), 0) << "a consumer failed";
-        if (entriesOf(commands).empty() && std::ranges::all_of(entriesOf(container / "claimed"), [](const std::string& folder) { return folder[0] == '.'; }))
-            break;
     }
     // A last consumer, left alone, takes what the killed ones held.
     const pid_t last = ::fork();
@@ -448,8 +457,9 @@ TEST_F(CommandConsumerTest, ConsumersKilledAtRandomLoseNoCommand)
     std::size_t again = 0;
     for (const auto& [id, times] : delivered)
         again += std::size_t(times - 1);
-    std::cout << count << " commands, " << killed << " consumers killed of " << runs << ": " << delivered.size()
-              << " delivered, " << again << " delivered again after a kill, " << lost << " lost\n";
+    std::cout << enqueued.size() << " commands, " << killed << " consumers killed of " << runs << ", " << diedHolding
+              << " of them holding claims (" << heldAtDeath << " commands in flight): " << delivered.size() << " delivered, "
+              << again << " delivered again after a kill, " << lost << " lost\n";
     EXPECT_EQ(lost, 0u);
     EXPECT_EQ(delivered.size(), enqueued.size());
     // A consumer killed between recording a command and acknowledging it delivers it once more;
