@@ -1,5 +1,6 @@
 #include "Views/WidgetRenderer.h"
 
+#include "Views/DevicePixels.h"
 #include "Views/LayoutEngine.h"
 #include "Views/Localizer.h"
 #include "Views/QuelmWidgetView.h"
@@ -38,11 +39,12 @@ QImage paintWidget(const RenderedWidget& rendered, double scale, const Palette& 
     const QSize pixels(static_cast<int>(std::ceil(rendered.size.width * scale)), static_cast<int>(std::ceil(rendered.size.height * scale)));
     QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
-    image.setDevicePixelRatio(scale);
     Typography::makePointSized(image);
-    QPainter painter(&image);
+    QPainter painter;
+    beginScaled(painter, image, scale);
     paintWidget(painter, rendered, palette);
     painter.end();
+    image.setDevicePixelRatio(scale);
     return image;
 }
 
