@@ -77,4 +77,61 @@ std::string shownText(std::string text)
     return shown;
 }
 
+namespace detail {
+
+// Longer than any text can show, so the cut never shows, yet short to copy.
+constexpr std::size_t longestKeptBytes = longestShownText * 4 + 16;
+
+bool tooLong(const std::string& text)
+{
+    return text.size() > longestKeptBytes;
+}
+
+// The start of `text`, whole characters only.
+std::string head(const std::string& text)
+{
+    if (!tooLong(text))
+        return text;
+    std::size_t end = longestKeptBytes;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    return text.substr(0, end);
+}
+
+}
+
+std::optional<TimelineEntry> withShortTexts(const TimelineEntry& entry)
+{
+    const WidgetSnapshot& snapshot = entry.snapshot;
+    const bool anyTooLong = std::any_of(snapshot.items.begin(), snapshot.items.end(), [](const WidgetItem& item) { return detail::tooLong(item.title) || detail::tooLong(item.category); })
+        || std::any_of(snapshot.groups.begin(), snapshot.groups.end(), [](const WidgetGroup& group) { return detail::tooLong(group.name); })
+        || std::any_of(snapshot.sessions.begin(), snapshot.sessions.end(), [](const WidgetSession& session) { return detail::tooLong(session.title) || detail::tooLong(session.project); });
+    if (!anyTooLong)
+        return std::nullopt;
+
+    // Built field by field: a copy of the whole entry is what this avoids.
+    TimelineEntry shown;
+    shown.date = entry.date;
+    shown.pending = entry.pending;
+    shown.appStatus = entry.appStatus;
+    shown.sortOrder = entry.sortOrder;
+    shown.snapshot.language = snapshot.language;
+    shown.snapshot.updatedAt = snapshot.updatedAt;
+    shown.snapshot.items.reserve(snapshot.items.size());
+    for (const WidgetItem& item : snapshot.items) {
+        WidgetItem cut { item.id, detail::head(item.title), detail::head(item.category), item.isRunning, item.transition, item.port, item.startedAt };
+        shown.snapshot.items.push_back(std::move(cut));
+    }
+    shown.snapshot.groups.reserve(snapshot.groups.size());
+    for (const WidgetGroup& group : snapshot.groups) {
+        WidgetGroup cut = group;
+        cut.name = detail::head(group.name);
+        shown.snapshot.groups.push_back(std::move(cut));
+    }
+    shown.snapshot.sessions.reserve(snapshot.sessions.size());
+    for (const WidgetSession& session : snapshot.sessions)
+        shown.snapshot.sessions.push_back({ session.id, detail::head(session.title), detail::head(session.project), session.state });
+    return shown;
+}
+
 }

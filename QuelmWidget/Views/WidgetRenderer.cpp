@@ -4,6 +4,7 @@
 #include "Views/LayoutEngine.h"
 #include "Views/Localizer.h"
 #include "Views/QuelmWidgetView.h"
+#include "Views/ShownText.h"
 #include "Views/TreePainter.h"
 #include "Views/Typography.h"
 #include "Views/ViewTreeJson.h"
@@ -14,8 +15,10 @@
 
 namespace quelm::views {
 
-RenderedWidget renderWidget(const TimelineEntry& entry, WidgetFamily family, const RenderOptions& options)
+RenderedWidget renderWidget(const TimelineEntry& given, WidgetFamily family, const RenderOptions& options)
 {
+    const std::optional<TimelineEntry> shortened = withShortTexts(given);
+    const TimelineEntry& entry = shortened ? *shortened : given;
     const Localizer localizer = Localizer::forSnapshotLanguage(entry.snapshot.language, options.currentLocale);
     const Localizer userLocalizer = Localizer::forCurrentLocale(options.currentLocale);
     const ViewContext context { localizer, userLocalizer, options.now };

@@ -66,3 +66,27 @@ TEST_F(ShownTextTest, ATitleWithALineBreakShowsASpaceInItsRow)
     engine.layout(row, { 0, 0, 300, engine.measure(row, 300).height });
     EXPECT_EQ(shownTexts(row).front(), "first line second line");
 }
+
+TEST(ShownText, AnEntryOfHugeTitlesIsShownFromTheirStartsWithItsIdsWhole)
+{
+    TimelineEntry entry = TimelineEntry::sample(fixedNow);
+    EXPECT_EQ(views::withShortTexts(entry), std::nullopt) << "short texts are shown as they are";
+
+    const std::string huge(4 << 20, 'x');
+    const std::string longId(64 << 10, 'i');
+    entry.snapshot.items.front().title = huge;
+    entry.snapshot.items.front().id = longId;
+    entry.snapshot.sessions.front().project = huge;
+    entry.snapshot.groups.front().name = huge;
+    const auto shown = views::withShortTexts(entry);
+    ASSERT_TRUE(shown);
+    EXPECT_LT(shown->snapshot.items.front().title.size(), 4096u);
+    EXPECT_GT(shown->snapshot.items.front().title.size(), views::longestShownText);
+    EXPECT_EQ(shown->snapshot.items.front().id, longId);
+    EXPECT_LT(shown->snapshot.sessions.front().project.size(), 4096u);
+    EXPECT_LT(shown->snapshot.groups.front().name.size(), 4096u);
+    EXPECT_EQ(shown->snapshot.items.size(), entry.snapshot.items.size());
+    EXPECT_EQ(shown->snapshot.items[1], entry.snapshot.items[1]);
+    EXPECT_EQ(shown->pending, entry.pending);
+    EXPECT_EQ(shown->appStatus, entry.appStatus);
+}
