@@ -266,6 +266,8 @@ void memoryCounters(benchmark::State& state, const HostUnderTest& h)
 void residentMemory(benchmark::State& state)
 {
     HostUnderTest& h = host();
+    // Settled: the first timelines' work done and its memory given back.
+    std::this_thread::sleep_for(std::chrono::seconds(4));
     for (auto _ : state) {
     }
     memoryCounters(state, h);
@@ -328,6 +330,9 @@ BENCHMARK(clickToPendingRepaint)->Iterations(configured("QUELM_BENCH_CLICKS", 10
 void residentMemoryAfterClicks(benchmark::State& state)
 {
     HostUnderTest& h = host();
+    // As the user leaves it: quiet for a few seconds, long enough for the host to give back what
+    // its clicks freed.
+    std::this_thread::sleep_for(std::chrono::seconds(4));
     for (auto _ : state) {
     }
     memoryCounters(state, h);

@@ -14,6 +14,7 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <malloc.h>
 #include <iostream>
 
 namespace quelm::host {
@@ -43,6 +44,13 @@ DesktopHost::DesktopHost(const QuelmWidgetBundle& bundle, InstanceStore store, Q
     m_savePool.setMaxThreadCount(1);
 
     connect(m_watcher, &ContainerWatcher::changed, this, &DesktopHost::reloadAll);
+
+    // A click's renders, images and timelines come and go within a second; the allocator keeps
+    // the pages they freed unless asked. Once the widgets are quiet, the host hands them back, so
+    // that it stays as small after a thousand clicks as at start.
+    m_trimTimer.setSingleShot(true);
+    m_trimTimer.setInterval(trimDelayMilliseconds);
+    connect(&m_trimTimer, &QTimer::timeout, this, [] { ::malloc_trim(0); });
 
     m_arrangeTimer.setSingleShot(true);
     m_arrangeTimer.setInterval(arrangeDelayMilliseconds);
@@ -209,6 +217,7 @@ WidgetGallery& DesktopHost::openGallery()
 
 void DesktopHost::reloadAll()
 {
+    m_trimTimer.start();
     for (PlacedWidget* placed : m_placed)
         placed->reload();
 }

@@ -38,6 +38,8 @@ class DesktopHost : public QObject {
 public:
     static constexpr int saveDelayMilliseconds = 500;
     static constexpr int arrangeDelayMilliseconds = 250;
+    // How long after the last reload the host gives its freed memory back to the system.
+    static constexpr int trimDelayMilliseconds = 2000;
 
     DesktopHost(const QuelmWidgetBundle& bundle, InstanceStore store, QObject* parent = nullptr);
     ~DesktopHost() override;
@@ -96,6 +98,7 @@ private:
     QSystemTrayIcon* m_tray = nullptr;
     QTimer m_saveTimer;
     QTimer m_arrangeTimer;
+    QTimer m_trimTimer;
     QThreadPool m_savePool;
 };
 

@@ -404,7 +404,7 @@ TEST_F(QuelmWidgetCli, RenderRepeatsPendingAndTakesTheLastOfOtherOptions)
     EXPECT_EQ(result.status, 2) << "a malformed --pending among several is still refused";
     const auto both = run({ "render", "--family", "medium", "--family", "small", "--sample", "--format", "json" });
     ASSERT_EQ(both.status, 0) << both.err;
-    EXPECT_EQ(json::parse(both.out)["family"], "systemSmall");
+    EXPECT_EQ(json::parse(both.out)["family"], "small");
 }
 
 // Runs quelm-widget with its standard output on a new pseudo-terminal, as in an interactive shell;
