@@ -17,6 +17,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -113,6 +114,7 @@ public:
             throw std::runtime_error("Xvfb did not start");
         ::setenv("DISPLAY", (":" + *number).c_str(), 1);
 
+        const auto started = std::chrono::steady_clock::now();
         m_host = std::make_unique<ChildWithOutput>(std::vector<std::string> { QUELM_WIDGET_PROGRAM });
         while (m_windows.size() < 4) {
             const auto line = m_host->waitForLine([](const std::string& l) { return startsWith(l, "window "); });
@@ -130,6 +132,7 @@ public:
         });
         if (!allShown)
             throw std::runtime_error("the widgets never showed the running app");
+        m_startupMilliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started).count();
     }
 
     ~HostUnderTest()
@@ -141,6 +144,8 @@ public:
     }
 
     pid_t hostProcess() const { return m_host->pid(); }
+    // From starting the program to every widget showing the app's state (its first timeline).
+    double startupMilliseconds() const { return m_startupMilliseconds; }
     const Window& window(const std::string& id) const { return m_windows.at(id); }
     const json& lastTree(const std::string& id) const { return m_lastTree.at(id); }
 
@@ -219,6 +224,7 @@ private:
     std::unique_ptr<ChildWithOutput> m_host;
     std::map<std::string, Window> m_windows;
     std::map<std::string, json> m_lastTree;
+    double m_startupMilliseconds = 0;
 };
 
 HostUnderTest& host()
@@ -244,11 +250,8 @@ long field(const std::string& file, const std::string& name)
     throw std::runtime_error("no " + name + " in " + file);
 }
 
-void residentMemory(benchmark::State& state)
+void memoryCounters(benchmark::State& state, const HostUnderTest& h)
 {
-    HostUnderTest& h = host();
-    for (auto _ : state) {
-    }
     const std::string status = "/proc/" + std::to_string(h.hostProcess()) + "/status";
     const std::string rollup = "/proc/" + std::to_string(h.hostProcess()) + "/smaps_rollup";
     state.counters["rss_MiB"] = static_cast<double>(field(status, "VmRSS")) / 1024.0;
@@ -257,6 +260,17 @@ void residentMemory(benchmark::State& state)
     // shares; the proportional and the anonymous sizes say what the host itself costs.
     state.counters["pss_MiB"] = static_cast<double>(field(rollup, "Pss")) / 1024.0;
     state.counters["anonymous_MiB"] = static_cast<double>(field(rollup, "Anonymous")) / 1024.0;
+}
+
+// At start: the four widgets shown.
+void residentMemory(benchmark::State& state)
+{
+    HostUnderTest& h = host();
+    // Settled: the first timelines' work done and its memory given back.
+    std::this_thread::sleep_for(std::chrono::seconds(4));
+    for (auto _ : state) {
+    }
+    memoryCounters(state, h);
 }
 BENCHMARK(residentMemory)->Iterations(1);
 
@@ -312,6 +326,19 @@ int configured(const char* variable, int fallback)
 
 BENCHMARK(clickToPendingRepaint)->Iterations(configured("QUELM_BENCH_CLICKS", 100))->UseManualTime()->Unit(benchmark::kMillisecond);
 
+// After the clicks above (QUELM_BENCH_CLICKS, 1,000 to see whether use makes the host grow).
+void residentMemoryAfterClicks(benchmark::State& state)
+{
+    HostUnderTest& h = host();
+    // As the user leaves it: quiet for a few seconds, long enough for the host to give back what
+    // its clicks freed.
+    std::this_thread::sleep_for(std::chrono::seconds(4));
+    for (auto _ : state) {
+    }
+    memoryCounters(state, h);
+}
+BENCHMARK(residentMemoryAfterClicks)->Iterations(1);
+
 
 // User plus system time of a process, in clock ticks.
 long processorTicks(pid_t process)
@@ -354,6 +381,21 @@ void idleProcessorShare(benchmark::State& state)
     }
 }
 BENCHMARK(idleProcessorShare)->Iterations(1)->Unit(benchmark::kSecond);
+
+// A host of its own each time, on a display of its own: program start to the four widgets'
+// first frames of the app's state. Last, as it points the environment at its own folders.
+void startupToFirstFrames(benchmark::State& state)
+{
+    std::vector<double> milliseconds;
+    for (auto _ : state) {
+        const HostUnderTest fresh;
+        milliseconds.push_back(fresh.startupMilliseconds());
+        state.SetIterationTime(fresh.startupMilliseconds() / 1000.0);
+    }
+    state.counters["median_ms"] = percentile(milliseconds, 0.5);
+    state.counters["max_ms"] = *std::max_element(milliseconds.begin(), milliseconds.end());
+}
+BENCHMARK(startupToFirstFrames)->Iterations(5)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }
 

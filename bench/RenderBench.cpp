@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <string>
 
 namespace {
 
@@ -69,6 +70,43 @@ void BM_PaintMedium(benchmark::State& state)
     }
 }
 
+// Hostile content at the 16 MiB document cap: every title a megabyte, the same but for its last
+// letters, so that sorting and shaping would have to read them whole.
+quelm::TimelineEntry hostileEntry(quelm::Date now)
+{
+    quelm::TimelineEntry entry = quelm::TimelineEntry::sample(now);
+    entry.snapshot.items.clear();
+    const std::string body(1 << 20, 'x');
+    for (int i = 0; i < 14; ++i) {
+        quelm::WidgetItem item { "item" + std::to_string(i), body + std::to_string(i), "node", i % 2 == 0 };
+        entry.snapshot.items.push_back(std::move(item));
+    }
+    for (auto& session : entry.snapshot.sessions) {
+        session.title = body + "\n" + session.id;
+        session.project = body;
+    }
+    return entry;
+}
+
+void renderHostile(benchmark::State& state, quelm::WidgetFamily family)
+{
+    application();
+    const quelm::Date now(1700000000);
+    const quelm::TimelineEntry entry = hostileEntry(now);
+    quelm::views::RenderOptions options;
+    options.now = now;
+    options.currentLocale = "pt_BR.UTF-8";
+    benchmark::DoNotOptimize(quelm::views::paintWidget(quelm::views::renderWidget(entry, family, options), 2));
+    for (auto _ : state) {
+        const auto rendered = quelm::views::renderWidget(entry, family, options);
+        QImage image = quelm::views::paintWidget(rendered, 2);
+        benchmark::DoNotOptimize(image.constBits());
+    }
+}
+
+void BM_RenderMediumOfMegabyteTitles(benchmark::State& state) { renderHostile(state, quelm::WidgetFamily::medium); }
+void BM_RenderExtraLargeOfMegabyteTitles(benchmark::State& state) { renderHostile(state, quelm::WidgetFamily::extraLarge); }
+
 void BM_RenderSmall(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::small); }
 void BM_RenderMedium(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::medium); }
 void BM_RenderLarge(benchmark::State& state) { renderFamily(state, quelm::WidgetFamily::large); }
@@ -82,5 +120,7 @@ BENCHMARK(BM_RenderSmall)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_RenderMedium)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_RenderLarge)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_RenderExtraLarge)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RenderMediumOfMegabyteTitles)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RenderExtraLargeOfMegabyteTitles)->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();

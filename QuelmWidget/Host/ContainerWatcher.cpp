@@ -11,7 +11,10 @@ ContainerWatcher::ContainerWatcher(const QString& root, QObject* parent)
 {
     m_quiet.setSingleShot(true);
     m_quiet.setInterval(quietTimeMilliseconds);
-    connect(&m_quiet, &QTimer::timeout, this, &ContainerWatcher::changed);
+    m_longest.setSingleShot(true);
+    m_longest.setInterval(longestWaitMilliseconds);
+    connect(&m_quiet, &QTimer::timeout, this, &ContainerWatcher::report);
+    connect(&m_longest, &QTimer::timeout, this, &ContainerWatcher::report);
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &ContainerWatcher::directoryChanged);
     rewatch();
 }
@@ -64,8 +67,18 @@ void ContainerWatcher::directoryChanged(const QString& path)
     const bool moved = rewatch();
     // Above the container only its own appearance matters, not the rest of ~/.local/share.
     const bool insideContainer = path == m_root || path.startsWith(m_root + QLatin1Char('/'));
-    if (insideContainer || moved)
-        m_quiet.start();
+    if (!insideContainer && !moved)
+        return;
+    m_quiet.start();
+    if (!m_longest.isActive())
+        m_longest.start();
+}
+
+void ContainerWatcher::report()
+{
+    m_quiet.stop();
+    m_longest.stop();
+    emit changed();
 }
 
 }

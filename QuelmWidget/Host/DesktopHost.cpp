@@ -1,5 +1,7 @@
 #include "Host/DesktopHost.h"
 
+#include "Host/ApplicationIcon.h"
+#include "Host/HostTexts.h"
 #include "Host/HostTrace.h"
 #include "Host/WindowPlacement.h"
 
@@ -8,9 +10,11 @@
 
 #include <QFile>
 #include <QGuiApplication>
+#include <QMenu>
 #include <QScreen>
 
 #include <algorithm>
+#include <malloc.h>
 #include <iostream>
 
 namespace quelm::host {
@@ -40,6 +44,24 @@ DesktopHost::DesktopHost(const QuelmWidgetBundle& bundle, InstanceStore store, Q
     m_savePool.setMaxThreadCount(1);
 
     connect(m_watcher, &ContainerWatcher::changed, this, &DesktopHost::reloadAll);
+
+    // A click's renders, images and timelines come and go within a second; the allocator keeps
+    // the pages they freed unless asked. Once the widgets are quiet, the host hands them back, so
+    // that it stays as small after a thousand clicks as at start.
+    m_trimTimer.setSingleShot(true);
+    m_trimTimer.setInterval(trimDelayMilliseconds);
+    connect(&m_trimTimer, &QTimer::timeout, this, [] { ::malloc_trim(0); });
+
+    m_arrangeTimer.setSingleShot(true);
+    m_arrangeTimer.setInterval(arrangeDelayMilliseconds);
+    connect(&m_arrangeTimer, &QTimer::timeout, this, [this] { arrange(screens()); });
+    if (auto* application = qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
+        connect(application, &QGuiApplication::screenAdded, this, &DesktopHost::screensChanged);
+        connect(application, &QGuiApplication::screenRemoved, this, &DesktopHost::screensChanged);
+        connect(application, &QGuiApplication::primaryScreenChanged, this, &DesktopHost::screensChanged);
+        screensChanged();
+        m_arrangeTimer.stop();
+    }
     connect(m_intents, &IntentRunner::finished, this, &DesktopHost::intentFinished);
 }
 
@@ -64,9 +86,37 @@ void DesktopHost::start(std::ostream& err, WhenEmpty whenEmpty)
     if (!m_placed.empty())
         return;
     if (whenEmpty == WhenEmpty::openGallery)
-        openGallery();
-    else
+        offerToAdd();
+    else if (!showTrayIcon())
         emit emptied();
+}
+
+bool DesktopHost::showTrayIcon()
+{
+    if (m_tray)
+        return true;
+    if (!QSystemTrayIcon::isSystemTrayAvailable())
+        return false;
+    m_tray = new QSystemTrayIcon(applicationIcon(), this);
+    m_tray->setToolTip(widgetText(QuelmWidget::configurationDisplayName));
+    auto* menu = new QMenu();
+    connect(m_tray, &QObject::destroyed, menu, &QObject::deleteLater);
+    connect(menu->addAction(hostText(HostTexts::add)), &QAction::triggered, this, [this] { openGallery(); });
+    menu->addSeparator();
+    connect(menu->addAction(hostText(HostTexts::quit)), &QAction::triggered, this, &DesktopHost::quitRequested);
+    m_tray->setContextMenu(menu);
+    connect(m_tray, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
+            openGallery();
+    });
+    m_tray->show();
+    return true;
+}
+
+void DesktopHost::offerToAdd()
+{
+    showTrayIcon();
+    openGallery();
 }
 
 PlacedWidget* DesktopHost::find(const QString& id) const
@@ -75,35 +125,68 @@ PlacedWidget* DesktopHost::find(const QString& id) const
     return found == m_placed.end() ? nullptr : *found;
 }
 
-QList<QRect> DesktopHost::screenAreas() const
+QList<ScreenArea> DesktopHost::connectedScreens()
 {
-    QList<QRect> areas;
+    QList<ScreenArea> areas;
     if (QScreen* primary = QGuiApplication::primaryScreen())
-        areas << primary->availableGeometry();
+        areas.append({ primary->name(), primary->availableGeometry() });
     for (QScreen* screen : QGuiApplication::screens()) {
         if (screen != QGuiApplication::primaryScreen())
-            areas << screen->availableGeometry();
+            areas.append({ screen->name(), screen->availableGeometry() });
     }
     return areas;
 }
 
+QList<ScreenArea> DesktopHost::screens() const
+{
+    return m_presenter ? m_presenter->screens() : connectedScreens();
+}
+
+void DesktopHost::screensChanged()
+{
+    // A screen's areas settle after it is announced; arrange once they have.
+    m_arrangeTimer.start();
+    for (QScreen* screen : QGuiApplication::screens())
+        connect(screen, &QScreen::availableGeometryChanged, &m_arrangeTimer, qOverload<>(&QTimer::start), Qt::UniqueConnection);
+}
+
+void DesktopHost::arrange(const QList<ScreenArea>& screens)
+{
+    QList<QRect> placedRects;
+    for (PlacedWidget* placed : m_placed) {
+        const WidgetInstance& instance = placed->instance();
+        const QSize size = placed->window().size();
+        const QRect now(placed->window().pos(), size);
+        QPoint target = now.topLeft();
+        const std::optional<SavedPlace> saved = instance.position ? std::optional(SavedPlace { *instance.position, instance.screen }) : std::nullopt;
+        if (saved && savedPlaceIsShown(*saved, size, screens))
+            target = saved->position;
+        else if (!savedPlaceIsShown(SavedPlace { now.topLeft(), {} }, size, screens))
+            target = windowPosition(std::nullopt, size, screens, placedRects);
+        placed->moveTo(target);
+        placedRects.append(QRect(target, size));
+    }
+}
+
 PlacedWidget& DesktopHost::place(WidgetInstance instance)
 {
-    const std::optional<QPoint> saved = instance.position;
+    const std::optional<SavedPlace> saved = instance.position ? std::optional(SavedPlace { *instance.position, instance.screen }) : std::nullopt;
+    QList<QRect> occupied;
+    for (PlacedWidget* other : m_placed)
+        occupied.append(other->window().geometry());
     auto* placed = new PlacedWidget(m_widget, std::move(instance), m_palette, this);
-    const int placedBefore = static_cast<int>(m_placed.size());
     m_placed.push_back(placed);
 
     connect(placed, &PlacedWidget::instanceChanged, this, &DesktopHost::saveSoon);
     connect(placed, &PlacedWidget::addRequested, this, [this] { openGallery(); });
+    connect(placed, &PlacedWidget::quitRequested, this, &DesktopHost::quitRequested);
     connect(placed, &PlacedWidget::removeRequested, this, [this, placed] { remove(*placed); });
     connect(placed, &PlacedWidget::toggleRequested, this,
         [this, placed](const ToggleItemIntent& intent) { m_intents->run(placed->instance().id, intent); });
 
     if (m_presenter)
         m_presenter->present(placed->window());
-    const QList<QRect> areas = m_presenter ? m_presenter->screenAreas() : screenAreas();
-    placed->show(windowPosition(saved, placed->window().size(), areas, placedBefore));
+    placed->show(windowPosition(saved, placed->window().size(), screens(), occupied));
     saveSoon();
     return *placed;
 }
@@ -119,7 +202,7 @@ void DesktopHost::remove(PlacedWidget& placed)
     placed.deleteLater();
     saveNow();
     if (m_placed.empty())
-        emit emptied();
+        offerToAdd();
 }
 
 WidgetGallery& DesktopHost::openGallery()
@@ -129,7 +212,7 @@ WidgetGallery& DesktopHost::openGallery()
         m_gallery->setAttribute(Qt::WA_DeleteOnClose);
         connect(m_gallery, &WidgetGallery::familyChosen, this, [this](WidgetFamily family) { place(WidgetInstance::placed(family)); });
         connect(m_gallery, &QDialog::finished, this, [this] {
-            if (m_placed.empty())
+            if (m_placed.empty() && !m_tray)
                 emit emptied();
         });
     }
@@ -141,6 +224,7 @@ WidgetGallery& DesktopHost::openGallery()
 
 void DesktopHost::reloadAll()
 {
+    m_trimTimer.start();
     for (PlacedWidget* placed : m_placed)
         placed->reload();
 }

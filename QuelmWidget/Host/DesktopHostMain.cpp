@@ -44,7 +44,7 @@ int runDesktopHost(int& argc, char** argv, const DesktopHostOptions& options, st
     QApplication::setApplicationName(QStringLiteral("quelm-widget"));
     QApplication::setDesktopFileName(QStringLiteral("dev.quelm.QuelmWidget"));
     QApplication::setWindowIcon(applicationIcon());
-    // The widgets are tool windows; the host ends when the last widget is removed, not closed.
+    // The widgets are tool windows; the host ends when the user quits it, not when one closes.
     QApplication::setQuitOnLastWindowClosed(false);
     installTranslation(application);
 
@@ -66,6 +66,7 @@ int runDesktopHost(int& argc, char** argv, const DesktopHostOptions& options, st
     const QuelmWidgetBundle bundle;
     DesktopHost host(bundle, InstanceStore(*filePath));
     QObject::connect(&host, &DesktopHost::emptied, &application, &QCoreApplication::quit, Qt::QueuedConnection);
+    QObject::connect(&host, &DesktopHost::quitRequested, &application, &QCoreApplication::quit, Qt::QueuedConnection);
     display.attach(host);
     host.start(err, options.autostart ? DesktopHost::WhenEmpty::end : DesktopHost::WhenEmpty::openGallery);
     const int status = QApplication::exec();

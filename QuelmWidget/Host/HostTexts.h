@@ -30,8 +30,9 @@ inline constexpr std::string_view medium = "Médio";
 inline constexpr std::string_view large = "Grande";
 inline constexpr std::string_view extraLarge = "Extragrande";
 inline constexpr std::string_view requestFailed = "Não foi possível enviar o pedido.";
+inline constexpr std::string_view quit = "Sair";
 
-inline constexpr std::array all { edit, size, remove, add, gallery, done, small, medium, large, extraLarge, requestFailed };
+inline constexpr std::array all { edit, size, remove, add, gallery, done, small, medium, large, extraLarge, requestFailed, quit };
 
 constexpr bool contains(std::string_view key)
 {

@@ -50,7 +50,7 @@ QByteArray InstanceStore::encode(const std::vector<WidgetInstance>& instances)
     return QJsonDocument(QJsonObject { { QStringLiteral("widgets"), widgets } }).toJson(QJsonDocument::Indented);
 }
 
-std::vector<WidgetInstance> InstanceStore::decode(const QByteArray& bytes)
+std::vector<WidgetInstance> InstanceStore::decode(const QByteArray& bytes, std::vector<std::string>* repairs)
 {
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
@@ -63,17 +63,23 @@ std::vector<WidgetInstance> InstanceStore::decode(const QByteArray& bytes)
     QSet<QString> ids;
     const QJsonArray widgets = document.object().value(QLatin1String("widgets")).toArray();
     for (qsizetype index = 0; index < widgets.size(); ++index) {
-        const std::string where = "widgets[" + std::to_string(index) + "]";
-        if (!widgets.at(index).isObject())
-            throw std::invalid_argument(where + " is not an object");
-        try {
-            instances.push_back(WidgetInstance::fromJson(widgets.at(index).toObject()));
-        } catch (const std::invalid_argument& problem) {
-            throw std::invalid_argument(where + ": " + problem.what());
+        const std::string where = "widgets[" + std::to_string(index) + "]: ";
+        if (!widgets.at(index).isObject()) {
+            if (repairs)
+                repairs->push_back(where + "not a widget; left out");
+            continue;
         }
-        if (ids.contains(instances.back().id))
-            throw std::invalid_argument(where + ": the id " + instances.back().id.toStdString() + " is used twice");
+        std::vector<std::string> lines;
+        instances.push_back(WidgetInstance::fromJson(widgets.at(index).toObject(), &lines));
+        if (ids.contains(instances.back().id)) {
+            lines.push_back("the id " + instances.back().id.toStdString() + " is used twice; given a new one");
+            instances.back().id = WidgetInstance::placed(WidgetFamily::medium).id;
+        }
         ids.insert(instances.back().id);
+        if (repairs) {
+            for (const std::string& line : lines)
+                repairs->push_back(where + line);
+        }
     }
     return instances;
 }
@@ -82,7 +88,7 @@ InstanceStore::Loaded InstanceStore::load() const
 {
     QFile file(m_filePath);
     if (!file.exists())
-        return { { WidgetInstance::placed(WidgetFamily::medium) }, std::nullopt };
+        return { { WidgetInstance::placed(WidgetFamily::medium) }, std::nullopt, false };
 
     QString reason;
     if (!file.open(QIODevice::ReadOnly)) {
@@ -91,7 +97,15 @@ InstanceStore::Loaded InstanceStore::load() const
         reason = QStringLiteral("larger than %1 bytes").arg(largestFile);
     } else {
         try {
-            return { decode(file.readAll()), std::nullopt };
+            std::vector<std::string> repairs;
+            Loaded loaded { decode(file.readAll(), &repairs), std::nullopt, false };
+            if (!repairs.empty()) {
+                QString problem = QStringLiteral("quelm-widget: %1:").arg(m_filePath);
+                for (const std::string& repair : repairs)
+                    problem += QLatin1Char(' ') + QString::fromStdString(repair) + QLatin1Char('.');
+                loaded.problem = problem;
+            }
+            return loaded;
         } catch (const std::invalid_argument& problem) {
             reason = QString::fromStdString(problem.what());
         }
@@ -103,7 +117,7 @@ InstanceStore::Loaded InstanceStore::load() const
     QString problem = QStringLiteral("quelm-widget: %1 is damaged (%2); ").arg(m_filePath, reason);
     problem += movedAside ? QStringLiteral("moved it to %1 and ").arg(damagedFilePath()) : QStringLiteral("could not move it aside and ");
     problem += QStringLiteral("placed one medium widget.");
-    return { { WidgetInstance::placed(WidgetFamily::medium) }, problem };
+    return { { WidgetInstance::placed(WidgetFamily::medium) }, problem, true };
 }
 
 void InstanceStore::save(const std::vector<WidgetInstance>& instances) const

@@ -8,6 +8,8 @@
 #include "Views/WidgetRenderer.h"
 
 #include <QDesktopServices>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QUrl>
 
 #include <algorithm>
@@ -46,10 +48,16 @@ PlacedWidget::PlacedWidget(const QuelmWidget& widget, WidgetInstance instance, c
     connect(window, &WidgetWindow::familyRequested, this, &PlacedWidget::setFamily);
     connect(window, &WidgetWindow::removeRequested, this, &PlacedWidget::removeRequested);
     connect(window, &WidgetWindow::addRequested, this, &PlacedWidget::addRequested);
+    connect(window, &WidgetWindow::quitRequested, this, &PlacedWidget::quitRequested);
     connect(window, &WidgetWindow::moved, this, [this](QPoint position) {
-        if (m_instance.position == position)
+        if (position == m_placedAt)
+            return;
+        m_placedAt = position;
+        const QString screen = screenName();
+        if (m_instance.position == position && m_instance.screen == screen)
             return;
         m_instance.position = position;
+        m_instance.screen = screen;
         traceWindow();
         emit instanceChanged();
     });
@@ -66,11 +74,39 @@ PlacedWidget::~PlacedWidget()
 
 void PlacedWidget::show(QPoint position)
 {
+    if (!m_displayed) {
+        TimelineEntry placeholder = m_widget.provider.placeholder(m_instance.timelineContext());
+        placeholder.sortOrder = m_instance.sortOrder;
+        m_displayed = std::move(placeholder);
+        m_showsPlaceholder = true;
+        render(WidgetWindow::Transition::none);
+    }
+    m_placedAt = position;
     m_window->move(position);
     m_window->show();
-    m_instance.position = m_window->pos();
+    if (!m_instance.position || (*m_instance.position == m_window->pos() && m_instance.screen.isEmpty())) {
+        m_instance.position = m_window->pos();
+        m_instance.screen = screenName();
+    }
     traceWindow();
     m_timeline->reload();
+}
+
+void PlacedWidget::moveTo(QPoint position)
+{
+    if (m_window->pos() == position)
+        return;
+    m_placedAt = position;
+    m_window->move(position);
+    traceWindow();
+}
+
+QString PlacedWidget::screenName() const
+{
+    const QScreen* screen = QGuiApplication::screenAt(m_window->geometry().center());
+    if (!screen)
+        screen = m_window->screen();
+    return screen ? screen->name() : QString();
 }
 
 void PlacedWidget::traceWindow() const
@@ -131,7 +167,13 @@ void PlacedWidget::entryChanged(const TimelineEntry& entry)
 {
     m_clicksInFlight.dropEnded();
     m_shown = entry;
+    const bool wasPlaceholder = std::exchange(m_showsPlaceholder, false);
     const std::optional<TimelineEntry> before = std::exchange(m_displayed, m_clicksInFlight.appliedTo(entry));
+    if (wasPlaceholder) {
+        // Invented rows give way to the real ones at once: nothing of them should seem to change.
+        render(WidgetWindow::Transition::none);
+        return;
+    }
     if (before && showSameState(*before, *m_displayed)) {
         // Nothing to redraw; the relative-time timer keeps running as it was.
         return;
@@ -148,7 +190,9 @@ void PlacedWidget::render(WidgetWindow::Transition transition)
     options.currentLocale = views::Localizer::currentLocaleName();
     const WidgetView view = m_widget.content(*m_displayed, m_instance.family);
     views::RenderedWidget rendered = views::renderWidget(view.entry, view.family, options);
-    if (HostTrace::enabled())
+    if (HostTrace::enabled() && m_showsPlaceholder)
+        HostTrace::line(QStringLiteral("placeholder %1").arg(m_instance.id));
+    else if (HostTrace::enabled())
         HostTrace::line(QStringLiteral("render %1 %2").arg(m_instance.id, QString::fromStdString(views::widgetJson(rendered).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace))));
     m_window->setRendered(std::move(rendered), transition);
     scheduleRelativeTimeRefresh();
@@ -169,6 +213,9 @@ void PlacedWidget::scheduleRelativeTimeRefresh()
 
 void PlacedWidget::clicked(const ClickAction& action)
 {
+    // The placeholder's rows are invented; none of them is the user's to start or open.
+    if (m_showsPlaceholder)
+        return;
     if (const auto* intent = std::get_if<ToggleItemIntent>(&action)) {
         HostTrace::line(QStringLiteral("click %1 toggle %2 %3").arg(m_instance.id, QString::fromStdString(intent->itemID.value_or("")),
             intent->start.value_or(false) ? QStringLiteral("start") : QStringLiteral("stop")));

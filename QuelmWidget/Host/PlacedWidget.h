@@ -17,8 +17,9 @@
 
 namespace quelm::host {
 
-// One placed widget at work: its window, its timeline and its configuration, joined. Each new
-// entry is drawn (faded in when it shows another state), live relative times are redrawn when
+// One placed widget at work: its window, its timeline and its configuration, joined. Until the
+// first timeline arrives the window shows the provider's placeholder, never an empty rectangle;
+// its buttons do nothing meanwhile. Each new entry is drawn (faded in when it shows another state), live relative times are redrawn when
 // their text changes and only then, and the window's clicks and menu choices become requests to
 // the host or changes of this instance.
 class PlacedWidget : public QObject {
@@ -32,9 +33,15 @@ public:
     WidgetWindow& window() { return *m_window; }
     TimelineController& timeline() { return *m_timeline; }
     const std::optional<TimelineEntry>& shownEntry() const { return m_shown; }
+    // Whether the window shows the placeholder, waiting for the first timeline.
+    bool showsPlaceholder() const { return m_showsPlaceholder; }
 
-    // Shows the window at `position` and asks for the first timeline.
+    // Shows the window at `position` and asks for the first timeline. The instance keeps its saved
+    // place when it has one (shown elsewhere while its screen is not connected); a new instance
+    // takes `position` as its place.
     void show(QPoint position);
+    // Moves the window for the host (its screen came back or went away); the saved place stays.
+    void moveTo(QPoint position);
     void reload() { m_timeline->reload(); }
 
     void setFamily(WidgetFamily);
@@ -52,6 +59,7 @@ signals:
     void instanceChanged();
     void removeRequested();
     void addRequested();
+    void quitRequested();
     void toggleRequested(const quelm::ToggleItemIntent& intent);
 
 private:
@@ -60,6 +68,8 @@ private:
     void scheduleRelativeTimeRefresh();
     void clicked(const ClickAction&);
     void traceWindow() const;
+    // The name of the screen the window is on.
+    QString screenName() const;
 
     const QuelmWidget& m_widget;
     WidgetInstance m_instance;
@@ -70,6 +80,9 @@ private:
     ClicksInFlight m_clicksInFlight;
     // What is drawn: the provider's entry with the clicks not yet answered shown pending.
     std::optional<TimelineEntry> m_displayed;
+    bool m_showsPlaceholder = false;
+    // Where the host last put the window; a move elsewhere is the user's, and is saved.
+    std::optional<QPoint> m_placedAt;
     QPointer<ConfigurationDialog> m_editor;
 };
 

@@ -2,6 +2,9 @@
 
 #include "Timeline/TimelineContext.h"
 
+#include <quelm/SharedConstants.h>
+#include <quelm/SharedStore.h>
+
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
@@ -12,6 +15,23 @@
 namespace quelm::host {
 
 namespace {
+
+// The provider's timeline, asked to be reloaded no later than when its oldest pending mark lapses.
+Timeline timelineWithPendingLapse(const TimelineProvider& provider, const QuelmWidgetConfiguration& configuration, const TimelineContext& context)
+{
+    Timeline timeline = provider.timeline(configuration, context);
+    if (timeline.entries.empty() || timeline.entries.front().pending.empty())
+        return timeline;
+    const auto store = SharedStore::forAppGroup(SharedConstants::appGroupIdentifier);
+    if (!store)
+        return timeline;
+    const TimelineEntry& entry = timeline.entries.front();
+    // As the provider read them: the same snapshot, no maximum age of their own.
+    const PendingCommands commands = store->pendingCommands(entry.snapshot, entry.date, TimelineProvider::maximumPendingAge);
+    if (const auto lapse = pendingLapse(entry, commands, TimelineProvider::maximumPendingAge))
+        timeline.reloadAfter = std::min(timeline.reloadAfter, *lapse);
+    return timeline;
+}
 
 // QTimer counts in int milliseconds; a longer wait is cut and the schedule looked at again.
 constexpr double longestWait = 24.0 * 60 * 60;
@@ -74,7 +94,7 @@ void TimelineController::startLoading()
     m_reloadWaiting = false;
     m_loadingGeneration = m_generation;
     m_loading.setFuture(QtConcurrent::run([provider = m_provider, configuration = m_configuration, context = TimelineContext { m_family, false }] {
-        return provider.timeline(configuration, context);
+        return timelineWithPendingLapse(provider, configuration, context);
     }));
 }
 
@@ -91,6 +111,13 @@ void TimelineController::timelineArrived()
             return;
     }
     advance();
+}
+
+std::optional<Date> TimelineController::reloadDate() const
+{
+    if (!m_timeline)
+        return std::nullopt;
+    return m_timeline->reloadAfter;
 }
 
 void TimelineController::advance()

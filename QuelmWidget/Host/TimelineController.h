@@ -17,7 +17,7 @@ namespace quelm::host {
 
 // Keeps one placed widget's timeline: asks the provider for it off the UI thread, makes each
 // entry current from its date, and asks again at the reload policy's date or whenever `reload()`
-// is called. Requests made while one is under way are merged into one more request. Between
+// is called — and, while the entry shows pending marks, when the oldest of them lapses. Requests made while one is under way are merged into one more request. Between
 // changes it runs exactly one single-shot timer.
 class TimelineController : public QObject {
     Q_OBJECT
@@ -36,6 +36,8 @@ public:
     bool isLoading() const { return m_loading.isRunning(); }
 
     const std::optional<TimelineEntry>& currentEntry() const { return m_current; }
+    // When the current timeline asks to be reloaded; none before the first.
+    std::optional<Date> reloadDate() const;
 
 signals:
     // Another entry became current (possibly showing the same state as the one before).

@@ -37,6 +37,20 @@ TimelineSchedule TimelineSchedule::at(const Timeline& timeline, Date now)
     return schedule;
 }
 
+std::optional<Date> pendingLapse(const TimelineEntry& entry, const PendingCommands& commands, double maximumAge)
+{
+    std::optional<Date> lapse;
+    for (const auto& [itemID, action] : entry.pending) {
+        const auto found = commands.find(itemID);
+        if (found == commands.end())
+            continue;
+        const Date date = found->second.issuedAt.addingSeconds(maximumAge);
+        if (!lapse || date < *lapse)
+            lapse = date;
+    }
+    return lapse;
+}
+
 bool showSameState(const TimelineEntry& a, const TimelineEntry& b)
 {
     return a.snapshot == b.snapshot && a.pending == b.pending && a.appStatus == b.appStatus && a.sortOrder == b.sortOrder;

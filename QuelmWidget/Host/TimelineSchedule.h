@@ -4,6 +4,7 @@
 #include "Timeline/Timeline.h"
 
 #include <quelm/Date.h>
+#include <quelm/WireFormat.h>
 
 #include <cstddef>
 #include <optional>
@@ -31,6 +32,14 @@ struct TimelineSchedule {
 
     bool operator==(const TimelineSchedule&) const = default;
 };
+
+// When the oldest of the pending marks `entry` shows stops counting as pending: its command's
+// issue date plus `maximumAge`, read from `commands` (the store's pending commands). None when the
+// entry shows no mark that `commands` holds. The timeline's own cleared entry comes `maximumAge`
+// after the timeline was made, which a reload in the meantime (a heartbeat) would push back; the
+// host reloads at this date instead, so that a request the app never answers shows busy for
+// `maximumAge` at most.
+std::optional<Date> pendingLapse(const TimelineEntry& entry, const PendingCommands& commands, double maximumAge);
 
 // Whether two entries draw the same widget: everything but their dates is equal. A reload that
 // brings nothing new needs no repaint and no animation.

@@ -10,6 +10,8 @@
 #include <QString>
 
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace quelm::host {
 
@@ -21,6 +23,9 @@ struct WidgetInstance {
     WidgetSortOrder sortOrder = WidgetSortOrder::category;
     // Top-left corner in the desktop's device-independent pixels; none until the host places it.
     std::optional<QPoint> position;
+    // The name of the screen `position` is on ("DP-1"); empty when not known. A place on a screen
+    // that is not connected is kept for when it returns.
+    QString screen {};
 
     // A new instance under a fresh id, with the configuration's defaults.
     static WidgetInstance placed(WidgetFamily family);
@@ -29,8 +34,10 @@ struct WidgetInstance {
     TimelineContext timelineContext() const { return { family, false }; }
 
     QJsonObject toJson() const;
-    // Throws std::invalid_argument naming what is wrong.
-    static WidgetInstance fromJson(const QJsonObject&);
+    // Never fails: a value that cannot be read takes its default for this instance alone (a
+    // fresh id, the medium family, the category order, no position), and `repairs`, when given,
+    // gets one line naming it.
+    static WidgetInstance fromJson(const QJsonObject&, std::vector<std::string>* repairs = nullptr);
 
     bool operator==(const WidgetInstance&) const = default;
 };

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Host/WindowPlacement.h"
+
 #include <QList>
-#include <QRect>
 
 namespace quelm::host {
 
@@ -18,8 +19,9 @@ public:
 
     // Takes charge of `window` before it is first shown; it lasts as long as the window.
     virtual void present(WidgetWindow& window) = 0;
-    // The desktop areas a widget may stand in, without panels; the first is where new ones go.
-    virtual QList<QRect> screenAreas() const = 0;
+    // The screens a widget may stand on, by name, with the area it may use; the first is where
+    // new ones go.
+    virtual QList<ScreenArea> screens() const = 0;
 };
 
 }

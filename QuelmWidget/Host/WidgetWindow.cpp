@@ -3,6 +3,7 @@
 #include "Host/HostTexts.h"
 #include "Widget/QuelmWidgetBundle.h"
 #include "Views/NoticeView.h"
+#include "Host/X11DesktopHints.h"
 
 #include <QActionGroup>
 #include <QApplication>
@@ -36,6 +37,10 @@ WidgetWindow::WidgetWindow(WidgetFamily family, const views::Palette& palette, Q
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(QString::fromUtf8(QuelmWidget::configurationDisplayName.data(), static_cast<qsizetype>(QuelmWidget::configurationDisplayName.size())));
     setFixedSize(windowSize(family));
+    // The window manager reads these when the window is mapped: they go on before the first show.
+    create();
+    if (QWindow* handle = windowHandle())
+        applyX11DesktopHints(*handle);
 
     m_fade.setStartValue(0.0);
     m_fade.setEndValue(1.0);
@@ -67,13 +72,14 @@ void WidgetWindow::setFamily(WidgetFamily family)
 void WidgetWindow::setRendered(views::RenderedWidget rendered, Transition transition)
 {
     std::optional<views::RenderedWidget> before = std::exchange(m_rendered, std::move(rendered));
-    const bool fade = transition == Transition::crossFade && isVisible();
-    QImage old = std::move(m_image);
-    refreshImage();
+    const bool fade = transition == Transition::crossFade && isVisible() && before && before->size == m_rendered->size;
     m_fade.stop();
     endAnimation();
-    if (fade && before && !old.isNull() && old.size() == m_image.size()) {
-        m_transition = views::TransitionView(*before, std::move(old), *m_rendered, m_image, m_palette);
+    if (fade) {
+        // Images only while the change plays: between changes the window paints its tree.
+        const double scale = devicePixelRatioF();
+        m_image = views::paintWidget(*m_rendered, scale, m_palette);
+        m_transition = views::TransitionView(*before, views::paintWidget(*before, scale, m_palette), *m_rendered, m_image, m_palette);
         m_fade.start();
     }
     if (m_probe && showsBusy(m_probe->itemID))
@@ -84,12 +90,7 @@ void WidgetWindow::setRendered(views::RenderedWidget rendered, Transition transi
 void WidgetWindow::endAnimation()
 {
     m_transition = {};
-}
-
-void WidgetWindow::refreshImage()
-{
-    if (m_rendered)
-        m_image = views::paintWidget(*m_rendered, devicePixelRatioF(), m_palette);
+    m_image = QImage();
 }
 
 bool WidgetWindow::showsBusy(const std::string& itemID) const
@@ -127,8 +128,8 @@ ClickAction WidgetWindow::actionAt(QPointF point) const
 void WidgetWindow::paintEvent(QPaintEvent*)
 {
     if (!m_image.isNull() && !qFuzzyCompare(m_image.devicePixelRatio(), devicePixelRatioF())) {
-        // Moved to a screen of another density: draw anew rather than scale.
-        refreshImage();
+        // Moved to a screen of another density mid-change: draw the new render anew rather than scale.
+        m_fade.stop();
         endAnimation();
     }
 
@@ -139,8 +140,8 @@ void WidgetWindow::paintEvent(QPaintEvent*)
     const bool animating = !m_transition.isEmpty() && m_fade.state() == QAbstractAnimation::Running;
     if (animating)
         m_transition.paint(painter, m_image, m_fade.currentValue().toDouble());
-    else if (!m_image.isNull())
-        painter.drawImage(QPointF(0, 0), m_image);
+    else if (m_rendered)
+        views::paintWidget(painter, *m_rendered, m_palette);
     if (!m_notice.isEmpty())
         views::NoticeView::paint(painter, rect(), m_notice, m_palette);
 
@@ -209,6 +210,8 @@ void WidgetWindow::contextMenuEvent(QContextMenuEvent* event)
     QAction* remove = menu.addAction(hostText(HostTexts::remove));
     menu.addSeparator();
     QAction* add = menu.addAction(hostText(HostTexts::add));
+    menu.addSeparator();
+    QAction* quit = menu.addAction(hostText(HostTexts::quit));
 
     const QAction* chosen = menu.exec(event->globalPos());
     if (!chosen)
@@ -219,6 +222,8 @@ void WidgetWindow::contextMenuEvent(QContextMenuEvent* event)
         emit removeRequested();
     else if (chosen == add)
         emit addRequested();
+    else if (chosen == quit)
+        emit quitRequested();
     else if (chosen->actionGroup() == &familyGroup)
         emit familyRequested(static_cast<WidgetFamily>(chosen->data().toInt()));
 }

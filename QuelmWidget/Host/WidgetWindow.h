@@ -63,6 +63,7 @@ signals:
     void familyRequested(quelm::WidgetFamily family);
     void removeRequested();
     void addRequested();
+    void quitRequested();
     void moved(QPoint position);
     void pendingShown(const QString& itemID, double milliseconds);
 
@@ -76,12 +77,12 @@ protected:
 
 private:
     void endAnimation();
-    void refreshImage();
     bool showsBusy(const std::string& itemID) const;
 
     WidgetFamily m_family;
     views::Palette m_palette;
     std::optional<views::RenderedWidget> m_rendered;
+    // The new render's image, while a change to it plays.
     QImage m_image;
     QVariantAnimation m_fade;
     views::TransitionView m_transition;

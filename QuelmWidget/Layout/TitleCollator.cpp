@@ -22,6 +22,21 @@ std::string icuLocaleID(std::string_view posixName)
 
 }
 
+namespace detail {
+
+std::string_view collatedHead(std::string_view text)
+{
+    if (text.size() <= TitleCollator::longestCollatedBytes)
+        return text;
+    std::size_t end = TitleCollator::longestCollatedBytes;
+    // Not inside a character: back up over continuation bytes.
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    return text.substr(0, end);
+}
+
+}
+
 struct TitleCollator::IcuCollator {
     std::unique_ptr<icu::Collator> collator;
 };
@@ -85,12 +100,18 @@ int TitleCollator::compare(std::string_view a, std::string_view b) const
     const icu::Collator* collator = m_collator->collator.get();
     if (!collator) // no collation data at all: plain byte order
         return a.compare(b);
+    // Titles that agree further than any row shows are told apart by their bytes: collating
+    // megabytes would stall whoever sorts them.
+    const std::string_view headA = detail::collatedHead(a);
+    const std::string_view headB = detail::collatedHead(b);
     UErrorCode status = U_ZERO_ERROR;
     const UCollationResult result = collator->compareUTF8(
-        icu::StringPiece(a.data(), static_cast<int32_t>(a.size())),
-        icu::StringPiece(b.data(), static_cast<int32_t>(b.size())), status);
+        icu::StringPiece(headA.data(), static_cast<int32_t>(headA.size())),
+        icu::StringPiece(headB.data(), static_cast<int32_t>(headB.size())), status);
     if (U_FAILURE(status))
         return a.compare(b);
+    if (result == UCOL_EQUAL && (headA.size() < a.size() || headB.size() < b.size()))
+        return a.substr(headA.size()).compare(b.substr(headB.size()));
     return static_cast<int>(result);
 }
 

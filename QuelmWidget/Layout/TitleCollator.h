@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -13,6 +14,11 @@ namespace quelm {
 // A TitleCollator is immutable once built; its const operations may be used from several threads
 // at once (ICU's const collator API is thread-safe). `current()` hands each thread its own
 // instance for the environment's locale anyway, so no two threads normally share one.
+namespace detail {
+// The start of `text` that is collated: at most `TitleCollator::longestCollatedBytes`, whole characters.
+std::string_view collatedHead(std::string_view text);
+}
+
 class TitleCollator {
 public:
     // The collator for `localeName`, a POSIX locale name ("pt_BR.UTF-8", "C", "") or an ICU
@@ -35,8 +41,10 @@ public:
     // The ICU locale id the collator was asked for ("pt_BR"; "" for the root).
     const std::string& localeID() const { return m_localeID; }
 
-    // Negative, zero or positive as `a` sorts before, with or after `b` (UTF-8 texts).
+    // Negative, zero or positive as `a` sorts before, with or after `b` (UTF-8 texts). Only the
+    // first `longestCollatedBytes` of each are collated; titles alike that far go by their bytes.
     int compare(std::string_view a, std::string_view b) const;
+    static constexpr std::size_t longestCollatedBytes = 4096;
 
 private:
     struct IcuCollator; // the ICU collator, kept out of this header

@@ -70,7 +70,8 @@ std::string LocalizedText::localized(const Translate& translate, const FormatNum
 {
     if (!translate)
         return format(key, formatNumber);
-    return format(translate(key), formatNumber);
+    const std::optional<long long> count = arguments.empty() ? std::nullopt : std::optional(arguments.front());
+    return format(translate(key, count), formatNumber);
 }
 
 }

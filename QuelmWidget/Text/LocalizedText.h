@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,8 +12,9 @@ namespace quelm {
 // the base text) and the integers that fill its "%lld" placeholders, in order. The view looks the
 // key up in its translations and hands the result to `format`.
 struct LocalizedText {
-    // Looks a key up in a table of translations; returns the key itself when there is none.
-    using Translate = std::function<std::string(std::string_view key)>;
+    // Looks a key up in a table of translations; returns the key itself when there is none. A
+    // counted text passes its count (its first number), which picks the translation's plural form.
+    using Translate = std::function<std::string(std::string_view key, std::optional<long long> count)>;
     // Writes one integer argument (for example with a locale's digits and grouping).
     using FormatNumber = std::function<std::string(long long)>;
 
@@ -26,7 +28,7 @@ struct LocalizedText {
     // plain decimal unless `formatNumber` is given.
     std::string format(std::string_view translated, const FormatNumber& formatNumber = {}) const;
 
-    // `format(translate(key))`.
+    // `format(translate(key, first argument))`.
     std::string localized(const Translate& translate, const FormatNumber& formatNumber = {}) const;
 
     // The base text: `format(key)`.

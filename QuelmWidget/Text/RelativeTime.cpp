@@ -120,10 +120,19 @@ std::string RelativeTime::text(Date since, Date now, std::string_view locale)
 {
     const std::vector<Amount> parts = amounts(elapsedSeconds(since, now));
 
+    // Building a format reads the locale's data: each thread keeps the one it used last.
+    thread_local std::string formatLocale;
+    thread_local std::unique_ptr<icu::MeasureFormat> cachedFormat;
     UErrorCode status = U_ZERO_ERROR;
-    icu::MeasureFormat format(icuLocale(locale), UMEASFMT_WIDTH_SHORT, status);
-    if (U_FAILURE(status))
-        return fallbackText(parts);
+    if (!cachedFormat || formatLocale != locale) {
+        cachedFormat.reset();
+        auto made = std::make_unique<icu::MeasureFormat>(icuLocale(locale), UMEASFMT_WIDTH_SHORT, status);
+        if (U_FAILURE(status))
+            return fallbackText(parts);
+        cachedFormat = std::move(made);
+        formatLocale = std::string(locale);
+    }
+    const icu::MeasureFormat& format = *cachedFormat;
 
     std::vector<icu::Measure> measures;
     measures.reserve(parts.size());

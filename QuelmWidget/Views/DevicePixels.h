@@ -19,4 +19,14 @@ inline void drawAtDevicePixel(QPainter& painter, QPoint devicePixel, QImage imag
     painter.restore();
 }
 
+// Begins `painter` on `image`, whose pixels are `scale` per point, so that it draws in points at
+// any scale. QPainter takes a device pixel ratio below 1 for 1, so the scale goes into the
+// painter's transform instead; give the image its ratio once painting has ended.
+inline void beginScaled(QPainter& painter, QImage& image, double scale)
+{
+    image.setDevicePixelRatio(1);
+    painter.begin(&image);
+    painter.scale(scale, scale);
+}
+
 }

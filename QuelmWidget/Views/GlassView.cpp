@@ -109,29 +109,46 @@ void paintLayers(QPainter& painter, const QRectF& frame, const node::Glass& glas
 }
 
 // Painted backgrounds, by pixel size, scale and the colours and places of their layers. A widget
-// keeps its glass while only its rows change, so most renders reuse one.
+// keeps its glass while only its rows change, so most renders reuse one. Each pixel size and scale
+// keeps only its latest background (glows change with what runs; an older one is rarely asked for
+// again), and only a few sizes are kept: the host stays small however long it runs.
 class BackgroundCache {
 public:
-    using Key = std::tuple<int, int, long long, std::vector<std::tuple<QRgb, long long, int, long long>>, QRgb>;
+    using Glows = std::vector<std::tuple<QRgb, long long, int, long long>>;
+    struct Key {
+        int width;
+        int height;
+        long long scale;
+        Glows glows;
+        QRgb accent;
+    };
 
     QImage get(const Key& key, const std::function<QImage()>& make)
     {
+        const std::tuple place { key.width, key.height, key.scale };
         {
             std::lock_guard lock(m_mutex);
-            if (auto found = m_images.find(key); found != m_images.end())
-                return found->second;
+            if (auto found = m_images.find(place); found != m_images.end() && found->second.glows == key.glows && found->second.accent == key.accent)
+                return found->second.image;
         }
         QImage image = make();
         std::lock_guard lock(m_mutex);
-        if (m_images.size() >= maximumImages)
+        if (m_images.size() >= maximumSizes && !m_images.contains(place))
             m_images.clear();
-        return m_images.emplace(key, std::move(image)).first->second;
+        m_images[place] = Entry { key.glows, key.accent, image };
+        return image;
     }
 
 private:
-    static constexpr std::size_t maximumImages = 16;
+    struct Entry {
+        Glows glows;
+        QRgb accent;
+        QImage image;
+    };
+    // The four families, at two scales.
+    static constexpr std::size_t maximumSizes = 8;
     std::mutex m_mutex;
-    std::map<Key, QImage> m_images;
+    std::map<std::tuple<int, int, long long>, Entry> m_images;
 };
 
 long long thousandths(double value)
@@ -160,7 +177,7 @@ void GlassView::paintBackground(QPainter& painter, const QRectF& frame, const no
         return;
     }
 
-    std::vector<std::tuple<QRgb, long long, int, long long>> glows;
+    BackgroundCache::Glows glows;
     for (const RadialGlow& glow : glass.glows)
         glows.emplace_back(palette.resolve(glow.color).rgba(), thousandths(glow.opacity), static_cast<int>(glow.center), thousandths(glow.endRadius));
     const BackgroundCache::Key key { pixels.width(), pixels.height(), thousandths(scale), std::move(glows),
@@ -169,9 +186,11 @@ void GlassView::paintBackground(QPainter& painter, const QRectF& frame, const no
     QImage background = cache.get(key, [&] {
         QImage image(pixels.size(), QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
-        image.setDevicePixelRatio(scale);
-        QPainter layer(&image);
+        QPainter layer;
+        beginScaled(layer, image, scale);
         paintLayers(layer, QRectF(0, 0, frame.width(), frame.height()), glass, palette);
+        layer.end();
+        image.setDevicePixelRatio(scale);
         return image;
     });
     // The glass is opaque: it replaces what lay beneath (the corners are erased after the content).

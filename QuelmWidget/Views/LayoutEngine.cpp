@@ -87,8 +87,16 @@ Size LayoutEngine::measure(const ViewNode& node, double width) const
 
 Size LayoutEngine::measureContent(const ViewNode& node, double width) const
 {
-    if (const auto* text = node.as<node::Text>())
-        return { std::min(m_typography.width(text->text, text->font), width), m_typography.lineHeight(text->font) };
+    if (const auto* text = node.as<node::Text>()) {
+        const double single = m_typography.width(text->text, text->font);
+        if (text->lineLimit <= 1 || !std::isfinite(width) || single <= width)
+            return { std::min(single, width), m_typography.lineHeight(text->font) };
+        const std::vector<std::string> lines = m_typography.wrapped(text->text, text->font, width, text->lineLimit);
+        double widest = 0;
+        for (const std::string& line : lines)
+            widest = std::max(widest, m_typography.width(line, text->font));
+        return { std::min(widest, width), m_typography.lineHeight(text->font) * static_cast<double>(lines.size()) };
+    }
     if (const auto* symbol = node.as<node::Symbol>()) {
         const double side = symbolSide(symbol->pointSize);
         return { side, side };
@@ -179,7 +187,16 @@ void LayoutEngine::place(ViewNode& node, const Frame& frame) const
     const Frame inner = inset(frame, node.sizing.padding);
 
     if (auto* text = node.as<node::Text>()) {
-        text->shown = m_typography.elided(text->text, text->font, inner.width);
+        if (text->lineLimit <= 1) {
+            text->shown = m_typography.elided(text->text, text->font, inner.width);
+            return;
+        }
+        text->shown.clear();
+        for (const std::string& line : m_typography.wrapped(text->text, text->font, inner.width, text->lineLimit)) {
+            if (!text->shown.empty())
+                text->shown += '\n';
+            text->shown += line;
+        }
         return;
     }
     if (const auto* stack = node.as<node::Stack>()) {

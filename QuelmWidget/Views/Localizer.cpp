@@ -12,6 +12,7 @@
 #include <unicode/unistr.h>
 
 #include <cstdlib>
+#include <limits>
 
 namespace quelm::views {
 
@@ -74,22 +75,32 @@ std::string Localizer::currentLocaleName()
     return {};
 }
 
-std::string Localizer::translate(std::string_view key) const
+std::string Localizer::translate(std::string_view key, std::optional<long long> count) const
 {
     if (!m_translator)
         return std::string(key);
     const std::string context(LocalizationKeys::context);
     const std::string source(key);
-    const QString translated = m_translator->translate(context.c_str(), source.c_str());
+    QString translated;
+    // A text without plural forms has one translation, which a count past the first form misses.
+    if (count && *count >= 0 && *count <= std::numeric_limits<int>::max())
+        translated = m_translator->translate(context.c_str(), source.c_str(), nullptr, static_cast<int>(*count));
+    if (translated.isEmpty())
+        translated = m_translator->translate(context.c_str(), source.c_str());
     return translated.isEmpty() ? source : translated.toStdString();
 }
 
 std::string Localizer::number(long long value) const
 {
+    // Each thread keeps the formatter of the locale it wrote numbers in last.
+    thread_local std::string formatterLocale;
+    thread_local std::optional<icu::number::LocalizedNumberFormatter> formatter;
+    if (!formatter || formatterLocale != m_localization.locale) {
+        formatter = icu::number::NumberFormatter::withLocale(icu::Locale(icuLocaleID(m_localization.locale).c_str()));
+        formatterLocale = m_localization.locale;
+    }
     UErrorCode status = U_ZERO_ERROR;
-    const icu::Locale locale(icuLocaleID(m_localization.locale).c_str());
-    const icu::UnicodeString formatted
-        = icu::number::NumberFormatter::withLocale(locale).formatInt(static_cast<int64_t>(value), status).toString(status);
+    const icu::UnicodeString formatted = formatter->formatInt(static_cast<int64_t>(value), status).toString(status);
     if (U_FAILURE(status))
         return std::to_string(value);
     std::string result;
@@ -108,7 +119,7 @@ std::string Localizer::relativeTime(Date since, Date now) const
 
 LocalizedText::Translate Localizer::translator() const
 {
-    return [this](std::string_view key) { return translate(key); };
+    return [this](std::string_view key, std::optional<long long> count) { return translate(key, count); };
 }
 
 }

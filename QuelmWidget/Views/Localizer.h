@@ -37,8 +37,9 @@ public:
 
     const WidgetLocalization& localization() const { return m_localization; }
 
-    // The key's translation, or the key itself.
-    std::string translate(std::string_view key) const;
+    // The key's translation, or the key itself; with a count, the translation's form for that
+    // number where it has plural forms.
+    std::string translate(std::string_view key, std::optional<long long> count = std::nullopt) const;
     // Translated, with its numbers written in the locale.
     std::string text(const LocalizedText&) const;
     std::string number(long long) const;

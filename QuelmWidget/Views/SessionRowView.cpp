@@ -19,6 +19,10 @@ ViewNode SessionRowView::node(const SessionRow& row, const ViewContext& context)
     ViewNode first = ViewNode::text(row.firstLine(), { SessionRow::firstLineFontSize, FontWeight::medium }, primary);
     ViewNode second = ViewNode::text(row.secondLine().shown(context.localizer.translator()),
         { SessionRow::secondLineFontSize, FontWeight::regular }, row.statusColor());
+    // "project · status" has no line limit of its own: it wraps onto a second line rather than
+    // lose the status; the title and the compact row's status alone keep to one.
+    if (!row.compact())
+        second.as<node::Text>()->lineLimit = SessionRowView::secondLineLimit;
     ViewNode content = ViewNode::hstack(spacing, CrossAlignment::center,
         { WidgetGlyphView::node(row.glyph()), detail::titleAndDetail(std::move(first), std::move(second)), ViewNode::spacer() });
     ViewNode link = ViewNode::wrapping(node::Link { row.destination() }, std::move(content));

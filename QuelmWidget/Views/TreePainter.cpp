@@ -6,6 +6,7 @@
 #include "Views/SymbolImages.h"
 
 #include <QPainter>
+#include <QStringTokenizer>
 
 namespace quelm::views {
 
@@ -39,7 +40,14 @@ void TreePainter::paintNode(QPainter& painter, const ViewNode& node) const
     } else if (const auto* text = node.as<node::Text>()) {
         painter.setFont(m_typography.font(text->font, *painter.device()));
         painter.setPen(m_palette.resolve(text->color));
-        painter.drawText(QPointF(frame.x(), frame.y() + m_typography.ascent(text->font)), QString::fromStdString(text->shown));
+        const QString shown = QString::fromStdString(text->shown);
+        const double ascent = m_typography.ascent(text->font);
+        const double lineHeight = m_typography.lineHeight(text->font);
+        double baseline = frame.y() + ascent;
+        for (const QStringView line : QStringTokenizer(shown, QLatin1Char('\n'))) {
+            painter.drawText(QPointF(frame.x(), baseline), line.toString());
+            baseline += lineHeight;
+        }
     } else if (const auto* symbol = node.as<node::Symbol>()) {
         const QColor halo = symbol->halo ? m_palette.resolve(*symbol->halo) : QColor(Qt::transparent);
         SymbolImages::paint(painter, symbol->symbol, frame, LayoutEngine::symbolSide(symbol->pointSize),

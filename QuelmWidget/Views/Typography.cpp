@@ -3,6 +3,8 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QPaintDevice>
+#include <QTextLayout>
+#include <QTextOption>
 
 #include <cmath>
 #include <cstring>
@@ -130,6 +132,37 @@ std::string Typography::elided(std::string_view text, const Font& font, double w
     if (this->width(text, font) <= width + 0.01)
         return std::string(text);
     return metrics(font).elidedText(toQString(text), Qt::ElideRight, width).toStdString();
+}
+
+std::vector<std::string> Typography::wrapped(std::string_view text, const Font& font, double width, int lineLimit) const
+{
+    if (lineLimit <= 1 || this->width(text, font) <= width + 0.01)
+        return { elided(text, font, width) };
+
+    // A device of its own: layouts may run on several threads at once.
+    QImage device(1, 1, QImage::Format_ARGB32_Premultiplied);
+    makePointSized(device);
+    const QString all = toQString(text);
+    QTextLayout layout(all, this->font(font, device), &device);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+
+    std::vector<std::string> lines;
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(width);
+        if (static_cast<int>(lines.size()) + 1 == lineLimit) {
+            lines.push_back(elided(all.mid(line.textStart()).toStdString(), font, width));
+            break;
+        }
+        // The space a line was broken at belongs to neither line.
+        lines.push_back(all.mid(line.textStart(), line.textLength()).trimmed().toStdString());
+    }
+    layout.endLayout();
+    if (lines.empty())
+        lines.emplace_back();
+    return lines;
 }
 
 }

@@ -12,6 +12,7 @@
 #include <unordered_map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class QPaintDevice;
 
@@ -41,6 +42,9 @@ public:
     double ascent(const Font&) const;
     // `text` cut to fit `width`, ending in "…"; unchanged when it fits.
     std::string elided(std::string_view text, const Font&, double width) const;
+    // `text` broken at word boundaries (anywhere in a word wider than `width`) into at most
+    // `lineLimit` lines that fit `width`; the last line is elided when text remains.
+    std::vector<std::string> wrapped(std::string_view text, const Font&, double width, int lineLimit) const;
 
     // A paint device on which one point is one pixel (72 dots per inch).
     static void makePointSized(QImage&);

@@ -1,5 +1,7 @@
 #include "Views/ViewTree.h"
 
+#include "Views/ShownText.h"
+
 #include <array>
 
 namespace quelm::views {
@@ -20,12 +22,12 @@ ViewNode ViewNode::stack(Axis axis, double spacing, CrossAlignment alignment, st
 
 ViewNode ViewNode::text(std::string text, Font font, Color color)
 {
-    return ViewNode { node::Text { std::move(text), font, color } };
+    return ViewNode { node::Text { shownText(std::move(text)), font, color } };
 }
 
 ViewNode ViewNode::numericText(std::string text, Font font, Color color)
 {
-    return ViewNode { node::Text { std::move(text), font, color, {}, true } };
+    return ViewNode { node::Text { shownText(std::move(text)), font, color, {}, true } };
 }
 
 ViewNode ViewNode::spacer(double minLength)

@@ -86,8 +86,9 @@ struct Stack {
     bool operator==(const Stack&) const = default;
 };
 
-// One line. `shown` is `text` as it fits its frame (elided with "…" when too long); the layout
-// fills it in. A `numeric` text (a count) rolls its digits when it changes between renders. A text
+// One line, or up to `lineLimit` lines wrapped at word boundaries. `shown` is `text` as it fits its
+// frame (its lines joined by "\n", the last elided with "…" when the text is still too long); the
+// layout fills it in. A `numeric` text (a count) rolls its digits when it changes between renders. A text
 // `liveSince` a date holds the time since then ("5 min"), so whoever shows the tree draws it
 // again when that next reads differently. Neither mark is part of the dump.
 struct Text {
@@ -97,6 +98,7 @@ struct Text {
     std::string shown {};
     bool numeric = false;
     std::optional<Date> liveSince {};
+    int lineLimit = 1;
     bool operator==(const Text&) const = default;
 };
 
@@ -206,6 +208,7 @@ struct ViewNode {
     static ViewNode stack(Axis, double spacing, CrossAlignment, std::vector<ViewNode> children);
     static ViewNode vstack(double spacing, std::vector<ViewNode> children) { return stack(Axis::vertical, spacing, CrossAlignment::start, std::move(children)); }
     static ViewNode hstack(double spacing, CrossAlignment alignment, std::vector<ViewNode> children) { return stack(Axis::horizontal, spacing, alignment, std::move(children)); }
+    // A text keeps what `shownText` keeps of it: one line, no longer than a row can show.
     static ViewNode text(std::string text, Font, Color);
     static ViewNode numericText(std::string text, Font, Color);
     static ViewNode spacer(double minLength = 0);

@@ -1,8 +1,10 @@
 #include "Views/WidgetRenderer.h"
 
+#include "Views/DevicePixels.h"
 #include "Views/LayoutEngine.h"
 #include "Views/Localizer.h"
 #include "Views/QuelmWidgetView.h"
+#include "Views/ShownText.h"
 #include "Views/TreePainter.h"
 #include "Views/Typography.h"
 #include "Views/ViewTreeJson.h"
@@ -13,8 +15,10 @@
 
 namespace quelm::views {
 
-RenderedWidget renderWidget(const TimelineEntry& entry, WidgetFamily family, const RenderOptions& options)
+RenderedWidget renderWidget(const TimelineEntry& given, WidgetFamily family, const RenderOptions& options)
 {
+    const std::optional<TimelineEntry> shortened = withShortTexts(given);
+    const TimelineEntry& entry = shortened ? *shortened : given;
     const Localizer localizer = Localizer::forSnapshotLanguage(entry.snapshot.language, options.currentLocale);
     const Localizer userLocalizer = Localizer::forCurrentLocale(options.currentLocale);
     const ViewContext context { localizer, userLocalizer, options.now };
@@ -38,11 +42,12 @@ QImage paintWidget(const RenderedWidget& rendered, double scale, const Palette& 
     const QSize pixels(static_cast<int>(std::ceil(rendered.size.width * scale)), static_cast<int>(std::ceil(rendered.size.height * scale)));
     QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
-    image.setDevicePixelRatio(scale);
     Typography::makePointSized(image);
-    QPainter painter(&image);
+    QPainter painter;
+    beginScaled(painter, image, scale);
     paintWidget(painter, rendered, palette);
     painter.end();
+    image.setDevicePixelRatio(scale);
     return image;
 }
 

@@ -91,9 +91,12 @@
         <source>Parado</source>
         <translation>Stopped</translation>
     </message>
-    <message>
+    <message numerus="yes">
         <source>Grupo · %lld itens</source>
-        <translation>Group · %lld items</translation>
+        <translation>
+            <numerusform>Group · %lld item</numerusform>
+            <numerusform>Group · %lld items</numerusform>
+        </translation>
     </message>
     <message>
         <source>Grupo · tudo rodando</source>
@@ -165,6 +168,10 @@
     <message>
         <source>Não foi possível enviar o pedido.</source>
         <translation>Could not send the request.</translation>
+    </message>
+    <message>
+        <source>Sair</source>
+        <translation>Quit</translation>
     </message>
 </context>
 </TS>

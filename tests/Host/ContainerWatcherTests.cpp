@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <QSignalSpy>
+#include <QTimer>
 
 using namespace quelm;
 using namespace quelm::host;
@@ -46,6 +47,20 @@ TEST_F(ContainerWatcherTest, ANewSnapshotIsNoticed)
     QSignalSpy changed(&watcher, &ContainerWatcher::changed);
     store().writeSnapshot(snapshot());
     EXPECT_TRUE(changed.wait(test::eventDeadlineMilliseconds));
+}
+
+TEST_F(ContainerWatcherTest, ASteadyStreamOfWritesIsStillReported)
+{
+    store().writeSnapshot(snapshot());
+    ContainerWatcher watcher(root());
+    QSignalSpy changed(&watcher, &ContainerWatcher::changed);
+    // Far more often than the quiet time: a restarting quiet timer alone would never fire.
+    QTimer writer;
+    writer.setInterval(ContainerWatcher::quietTimeMilliseconds / 10);
+    QObject::connect(&writer, &QTimer::timeout, [&] { store().touchHeartbeat(Date::now()); });
+    writer.start();
+    EXPECT_TRUE(test::waitFor([&] { return changed.count() >= 3; }));
+    writer.stop();
 }
 
 TEST_F(ContainerWatcherTest, ATakenCommandIsNoticed)

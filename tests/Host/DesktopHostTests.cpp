@@ -1,12 +1,18 @@
 #include "Host/DesktopHost.h"
 
 #include "HostTestSupport.h"
+#include "Host/HostTexts.h"
 #include "Widget/QuelmWidgetBundle.h"
 
 #include <gtest/gtest.h>
 
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QSignalSpy>
+#include <QSystemTrayIcon>
+#include <QTimer>
 
+#include <set>
 #include <sstream>
 
 using namespace quelm;
@@ -82,7 +88,7 @@ protected:
     static bool allShown(const DesktopHost& host)
     {
         for (PlacedWidget* placed : host.placedWidgets()) {
-            if (!placed->window().rendered())
+            if (!placed->shownEntry())
                 return false;
         }
         return true;
@@ -115,14 +121,14 @@ TEST_F(DesktopHostTest, WithoutSavedWidgetsOneMediumWidgetIsPlacedAndSaved)
     EXPECT_EQ(placed.window().size(), QSize(364, 170));
     EXPECT_TRUE(err.str().empty());
     EXPECT_EQ(savedInstances(host), std::vector { placed.instance() });
-    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry().has_value(); }));
     EXPECT_EQ(placed.window().rendered()->appStatus, SharedStore::AppStatus::running);
 }
 
 TEST_F(DesktopHostTest, ADamagedListIsMovedAsideAndSaidOnStandardError)
 {
     std::filesystem::create_directories(settingsFile().parent_path());
-    writeFile(settingsFile(), "{\"widgets\": [{\"id\": 7}]}");
+    writeFile(settingsFile(), "{\"widgets\": [{\"id\": 7}");
     DesktopHost host(bundle, instanceStore());
     host.start(err);
 
@@ -130,8 +136,56 @@ TEST_F(DesktopHostTest, ADamagedListIsMovedAsideAndSaidOnStandardError)
     EXPECT_EQ(host.placedWidgets().front()->instance().family, WidgetFamily::medium);
     EXPECT_NE(err.str().find("damaged"), std::string::npos) << err.str();
     EXPECT_NE(err.str().find("widgets.json.bad"), std::string::npos) << err.str();
-    EXPECT_EQ(readFile(settingsFile().string() + ".bad"), "{\"widgets\": [{\"id\": 7}]}");
+    EXPECT_EQ(readFile(settingsFile().string() + ".bad"), "{\"widgets\": [{\"id\": 7}");
     EXPECT_EQ(savedInstances(host).size(), 1u);
+}
+
+TEST_F(DesktopHostTest, AnUnknownSortOrderCostsThatWidgetItsOrderAlone)
+{
+    std::filesystem::create_directories(settingsFile().parent_path());
+    writeFile(settingsFile(), R"({"widgets": [
+        {"id": "a", "family": "small", "sortOrder": "Recent", "position": {"x": 10, "y": 10}},
+        {"id": "b", "family": "large", "sortOrder": "recent", "position": {"x": 300, "y": 10}}]})");
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+
+    ASSERT_EQ(host.placedWidgets().size(), 2u);
+    EXPECT_EQ(host.find(QStringLiteral("a"))->instance().family, WidgetFamily::small);
+    EXPECT_EQ(host.find(QStringLiteral("a"))->instance().sortOrder, WidgetSortOrder::category);
+    EXPECT_EQ(host.find(QStringLiteral("b"))->instance().sortOrder, WidgetSortOrder::recent);
+    EXPECT_EQ(host.find(QStringLiteral("b"))->instance().position, QPoint(300, 10));
+    EXPECT_NE(err.str().find("unknown sort order \"Recent\""), std::string::npos) << err.str();
+    EXPECT_FALSE(std::filesystem::exists(settingsFile().string() + ".bad"));
+    EXPECT_EQ(savedInstances(host).size(), 2u);
+}
+
+TEST_F(DesktopHostTest, ANewWindowShowsThePlaceholderUntilItsFirstTimeline)
+{
+    publish();
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.placedWidgets().front();
+    // Drawn before the event loop ran once: the timeline is still being read on another thread.
+    ASSERT_TRUE(placed.window().rendered().has_value());
+    EXPECT_TRUE(placed.showsPlaceholder());
+    EXPECT_FALSE(placed.shownEntry());
+    const auto placeholderRows = views::nodesOfType<views::node::Row>(placed.window().rendered()->root);
+    EXPECT_FALSE(placeholderRows.empty());
+    // Its buttons do nothing: the rows are invented.
+    QSignalSpy toggles(&placed, &PlacedWidget::toggleRequested);
+    const auto buttons = views::nodesOfType<views::node::Button>(placed.window().rendered()->root);
+    ASSERT_FALSE(buttons.empty());
+    const views::Frame& frame = buttons.front()->frame;
+    QTest::mouseClick(&placed.window(), Qt::LeftButton, {}, QPoint(static_cast<int>(frame.x + frame.width / 2), static_cast<int>(frame.y + frame.height / 2)));
+    EXPECT_EQ(toggles.count(), 0);
+
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry().has_value(); }));
+    EXPECT_FALSE(placed.showsPlaceholder());
+    const auto rows = views::nodesOfType<views::node::Row>(placed.window().rendered()->root);
+    ASSERT_FALSE(rows.empty());
+    for (const views::ViewNode* row : rows)
+        EXPECT_TRUE((std::set<std::string> { "web", "db", "cache", "group:g" }).contains(row->as<views::node::Row>()->id));
+    EXPECT_FALSE(placed.window().isAnimating());
 }
 
 TEST_F(DesktopHostTest, SavedWidgetsComeBackWithTheirFamilyOrderAndPlace)
@@ -225,7 +279,7 @@ TEST_F(DesktopHostTest, AClickOnAStoppedItemQueuesAStartAndShowsItStarting)
     DesktopHost host(bundle, instanceStore());
     host.start(err);
     PlacedWidget& placed = *host.placedWidgets().front();
-    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry().has_value(); }));
 
     clickButton(placed, "cache");
     // The provider's entry, after the intent: the mark is in the container.
@@ -245,7 +299,7 @@ TEST_F(DesktopHostTest, AClickOnAGroupQueuesTheGroupsId)
     DesktopHost host(bundle, instanceStore());
     host.start(err);
     PlacedWidget& placed = *host.placedWidgets().front();
-    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry().has_value(); }));
 
     clickButton(placed, "group:g");
     ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry()->pending.contains("group:g"); }));
@@ -278,7 +332,7 @@ TEST_F(DesktopHostTest, AFailingIntentSaysSoOnTheWidgetAndChangesNothingElse)
     DesktopHost host(bundle, instanceStore());
     host.start(err);
     PlacedWidget& placed = *host.placedWidgets().front();
-    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry().has_value(); }));
     const TimelineEntry before = *placed.shownEntry();
 
     clickButton(placed, "cache");
@@ -298,7 +352,7 @@ TEST_F(DesktopHostTest, AClickShowsItsRowBusyBeforeTheIntentHasEnded)
     DesktopHost host(bundle, instanceStore());
     host.start(err);
     PlacedWidget& placed = *host.placedWidgets().front();
-    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry().has_value(); }));
 
     clickButton(placed, "cache");
     // Drawn by the click itself, not by a reload: the timeline is loaded on another thread.
@@ -314,13 +368,73 @@ TEST_F(DesktopHostTest, AMovedWidgetsNewPlaceIsSaved)
     DesktopHost host(bundle, instanceStore());
     host.start(err);
     PlacedWidget& placed = *host.placedWidgets().front();
-    ASSERT_TRUE(test::waitFor([&] { return placed.window().rendered().has_value(); }));
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry().has_value(); }));
 
     QSignalSpy clicks(&placed.window(), &WidgetWindow::actionClicked);
     placed.window().move(QPoint(250, 180));
     EXPECT_EQ(placed.instance().position, QPoint(250, 180));
     EXPECT_EQ(savedInstances(host).front().position, QPoint(250, 180));
     EXPECT_EQ(clicks.count(), 0);
+}
+
+TEST_F(DesktopHostTest, APlaceOnAScreenThatIsNotConnectedIsKeptAndUsedWhenItReturns)
+{
+    publish();
+    const QList<ScreenArea> here = DesktopHost::connectedScreens();
+    ASSERT_FALSE(here.isEmpty());
+    const QRect elsewhere(here.first().available.right() + 1, 0, 1280, 1024);
+    const QPoint away = elsewhere.topLeft() + QPoint(300, 200);
+    WidgetInstance saved { QStringLiteral("away"), WidgetFamily::small, WidgetSortOrder::category, away };
+    saved.screen = QStringLiteral("HDMI-9");
+    instanceStore().save({ saved });
+
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.find(QStringLiteral("away"));
+    // Shown on a connected screen meanwhile; the place stays in the list.
+    EXPECT_TRUE(here.first().available.contains(placed.window().geometry())) << placed.window().pos().x() << "," << placed.window().pos().y();
+    EXPECT_EQ(placed.instance(), saved);
+    EXPECT_EQ(savedInstances(host).front(), saved);
+
+    // The screen comes back: the widget returns to its place, which is still the saved one.
+    QList<ScreenArea> both = here;
+    both.append({ QStringLiteral("HDMI-9"), elsewhere });
+    host.arrange(both);
+    EXPECT_EQ(placed.window().pos(), away);
+    EXPECT_EQ(savedInstances(host).front(), saved);
+
+    // And goes again.
+    host.arrange(here);
+    EXPECT_TRUE(here.first().available.contains(placed.window().geometry()));
+    EXPECT_EQ(savedInstances(host).front(), saved);
+}
+
+TEST_F(DesktopHostTest, AWidgetDraggedElsewhereSavesItsScreen)
+{
+    publish();
+    instanceStore().save({ { QStringLiteral("a"), WidgetFamily::small, WidgetSortOrder::category, QPoint(100, 100) } });
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.find(QStringLiteral("a"));
+    placed.window().move(QPoint(150, 120));
+    const WidgetInstance saved = savedInstances(host).front();
+    EXPECT_EQ(saved.position, QPoint(150, 120));
+    // The screen the window is on now (the offscreen test screen has no name of its own).
+    EXPECT_EQ(saved.screen, DesktopHost::connectedScreens().first().name);
+}
+
+TEST_F(DesktopHostTest, NewWidgetsNeverCoverAnother)
+{
+    publish();
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    for (const WidgetFamily family : { WidgetFamily::small, WidgetFamily::small, WidgetFamily::medium })
+        host.place(WidgetInstance::placed(family));
+    ASSERT_EQ(host.placedWidgets().size(), 4u);
+    for (std::size_t i = 0; i < host.placedWidgets().size(); ++i) {
+        for (std::size_t j = i + 1; j < host.placedWidgets().size(); ++j)
+            EXPECT_FALSE(host.placedWidgets()[i]->window().geometry().intersects(host.placedWidgets()[j]->window().geometry())) << i << " and " << j;
+    }
 }
 
 TEST_F(DesktopHostTest, TheGalleryPlacesAWidgetOfTheChosenFamily)
@@ -337,7 +451,7 @@ TEST_F(DesktopHostTest, TheGalleryPlacesAWidgetOfTheChosenFamily)
     EXPECT_EQ(savedInstances(host).size(), 2u);
 }
 
-TEST_F(DesktopHostTest, RemovingTheLastWidgetEndsTheHostWithAnEmptyList)
+TEST_F(DesktopHostTest, RemovingTheLastWidgetKeepsTheHostRunningWithAWayToAddOne)
 {
     publish();
     instanceStore().save({
@@ -348,17 +462,64 @@ TEST_F(DesktopHostTest, RemovingTheLastWidgetEndsTheHostWithAnEmptyList)
     QSignalSpy emptied(&host, &DesktopHost::emptied);
     host.start(err);
     host.remove(*host.find(QStringLiteral("a")));
-    EXPECT_EQ(emptied.count(), 0);
     EXPECT_EQ(savedInstances(host).size(), 1u);
     host.remove(*host.find(QStringLiteral("b")));
-    EXPECT_EQ(emptied.count(), 1);
     EXPECT_TRUE(savedInstances(host).empty());
+    EXPECT_EQ(emptied.count(), 0);
+    // Here, without a tray, the gallery offers the next widget.
+    ASSERT_EQ(host.trayIcon() != nullptr, QSystemTrayIcon::isSystemTrayAvailable());
+    if (!host.trayIcon()) {
+        WidgetGallery& gallery = host.openGallery();
+        EXPECT_TRUE(gallery.isVisible());
+        gallery.choose(WidgetFamily::large);
+        ASSERT_EQ(host.placedWidgets().size(), 1u);
+        EXPECT_EQ(savedInstances(host).size(), 1u);
+    }
 }
 
-TEST_F(DesktopHostTest, StartingWithAnEmptyListOpensTheGalleryOrEndsAtLogin)
+TEST_F(DesktopHostTest, QuittingFromAWidgetsMenuKeepsEveryWidgetForNextTime)
+{
+    publish();
+    instanceStore().save({
+        { QStringLiteral("a"), WidgetFamily::small, WidgetSortOrder::category, QPoint(0, 0) },
+        { QStringLiteral("b"), WidgetFamily::large, WidgetSortOrder::recent, QPoint(200, 0) },
+    });
+    DesktopHost host(bundle, instanceStore());
+    QSignalSpy quit(&host, &DesktopHost::quitRequested);
+    host.start(err);
+    PlacedWidget& placed = *host.find(QStringLiteral("b"));
+
+    // Choose "Sair" in the widget's own context menu.
+    QString chosen;
+    QTimer::singleShot(0, &placed.window(), [&] {
+        ASSERT_TRUE(test::waitFor([] { return QApplication::activePopupWidget() != nullptr; }));
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr);
+        for (QAction* action : menu->actions()) {
+            if (action->text() == hostText(HostTexts::quit)) {
+                chosen = action->text();
+                menu->setActiveAction(action);
+                QTest::keyClick(menu, Qt::Key_Return);
+                return;
+            }
+        }
+        menu->close();
+    });
+    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(10, 10), placed.window().mapToGlobal(QPoint(10, 10)));
+    QApplication::sendEvent(&placed.window(), &event);
+
+    EXPECT_EQ(chosen, QStringLiteral("Sair"));
+    EXPECT_EQ(quit.count(), 1);
+    const std::vector<WidgetInstance> saved = savedInstances(host);
+    ASSERT_EQ(saved.size(), 2u);
+    EXPECT_EQ(saved[0].id, QStringLiteral("a"));
+    EXPECT_EQ(saved[1].id, QStringLiteral("b"));
+}
+
+TEST_F(DesktopHostTest, StartingWithAnEmptyListOpensTheGalleryOrEndsAtLoginWithoutATray)
 {
     instanceStore().save({});
-    {
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         DesktopHost host(bundle, instanceStore());
         QSignalSpy emptied(&host, &DesktopHost::emptied);
         host.start(err, DesktopHost::WhenEmpty::end);
@@ -371,5 +532,5 @@ TEST_F(DesktopHostTest, StartingWithAnEmptyListOpensTheGalleryOrEndsAtLogin)
     WidgetGallery& gallery = host.openGallery();
     EXPECT_TRUE(gallery.isVisible());
     gallery.reject();
-    EXPECT_EQ(emptied.count(), 1);
+    EXPECT_EQ(emptied.count(), host.trayIcon() ? 0 : 1);
 }

@@ -264,6 +264,19 @@ TEST_F(HostEndToEnd, TheFirstStartPlacesOneMediumWidgetAndSavesIt)
     EXPECT_EQ(saved["widgets"][0]["sortOrder"], "category");
 }
 
+TEST_F(HostEndToEnd, TheWidgetsWindowIsOnEveryWorkspaceBelowTheOthersAndOutOfTheTaskbarAndPager)
+{
+    startHost();
+    const Finished found = run({ "xdotool", "search", "--onlyvisible", "--name", "^Quelm$" });
+    ASSERT_EQ(found.status, 0) << "no visible window named Quelm";
+    const std::string window = found.out.substr(0, found.out.find('\n'));
+    const Finished properties = run({ "xprop", "-id", window, "_NET_WM_STATE", "_NET_WM_DESKTOP" });
+    ASSERT_EQ(properties.status, 0) << "xprop failed (is x11-utils installed?)";
+    for (const char* state : { "_NET_WM_STATE_STICKY", "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER", "_NET_WM_STATE_BELOW" })
+        EXPECT_NE(properties.out.find(state), std::string::npos) << state << " missing in\n" << properties.out;
+    EXPECT_NE(properties.out.find("_NET_WM_DESKTOP(CARDINAL) = 4294967295"), std::string::npos) << properties.out;
+}
+
 TEST_F(HostEndToEnd, ASecondHostForTheSameSettingsRefusesToStart)
 {
     startHost();

@@ -131,11 +131,7 @@ TEST(InstanceStore, ADamagedFileIsMovedAsideAndOneMediumWidgetIsPlaced)
     for (const std::string& damaged : {
              std::string("{\"widgets\": [ {\"id\": \"A\", \"fam"),
              std::string("[]"),
-             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"systemHuge\"}]}"),
-             std::string("{\"widgets\": [{\"family\": \"small\"}]}"),
-             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"small\", \"sortOrder\": \"Recent\"}]}"),
-             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"small\", \"position\": {\"x\": 1.5, \"y\": 0}}]}"),
-             std::string("{\"widgets\": [{\"id\": \"A\", \"family\": \"small\"}, {\"id\": \"A\", \"family\": \"large\"}]}"),
+             std::string("{\"widgets\": {}}"),
              std::string("\xff\xfe garbage"),
          }) {
         SCOPED_TRACE(damaged);
@@ -151,10 +147,59 @@ TEST(InstanceStore, ADamagedFileIsMovedAsideAndOneMediumWidgetIsPlaced)
         EXPECT_TRUE(loaded.problem->contains(QStringLiteral("damaged")));
         EXPECT_TRUE(loaded.problem->contains(qt(file) + QStringLiteral(".bad")));
         EXPECT_TRUE(loaded.problem->contains(QStringLiteral("one medium widget")));
+        EXPECT_TRUE(loaded.movedAside);
 
         EXPECT_FALSE(std::filesystem::exists(file));
         EXPECT_EQ(readFile(directory / "widgets.json.bad"), damaged);
     }
+}
+
+TEST(InstanceStore, ABadValueFallsBackForItsOwnWidgetAlone)
+{
+    TemporaryDirectory directory;
+    const auto file = directory / "widgets.json";
+    const std::string saved = R"({"widgets": [
+        {"id": "A", "family": "small", "sortOrder": "Recent", "position": {"x": 10, "y": 20}},
+        {"id": "B", "family": "systemHuge", "sortOrder": "recent", "position": {"x": 30, "y": 40}},
+        {"family": "large", "position": {"x": 1.5, "y": 0}},
+        {"id": "B", "family": "extraLarge", "position": "here"},
+        7,
+        {"id": "E", "family": "large", "sortOrder": "recent", "position": {"x": 50, "y": 60}}]})";
+    writeFile(file, saved);
+
+    const InstanceStore::Loaded loaded = InstanceStore(qt(file)).load();
+    ASSERT_EQ(loaded.instances.size(), 5u);
+    EXPECT_EQ(loaded.instances[0], instance("A", WidgetFamily::small, WidgetSortOrder::category, QPoint(10, 20)));
+    EXPECT_EQ(loaded.instances[1], instance("B", WidgetFamily::medium, WidgetSortOrder::recent, QPoint(30, 40)));
+    EXPECT_EQ(loaded.instances[2].family, WidgetFamily::large);
+    EXPECT_FALSE(loaded.instances[2].id.isEmpty());
+    EXPECT_EQ(loaded.instances[2].position, std::nullopt);
+    EXPECT_EQ(loaded.instances[3].family, WidgetFamily::extraLarge);
+    EXPECT_NE(loaded.instances[3].id, QStringLiteral("B"));
+    EXPECT_NE(loaded.instances[3].id, loaded.instances[2].id);
+    EXPECT_EQ(loaded.instances[3].position, std::nullopt);
+    EXPECT_EQ(loaded.instances[4], instance("E", WidgetFamily::large, WidgetSortOrder::recent, QPoint(50, 60)));
+
+    // The file stays where it is; the user is told what was read otherwise.
+    EXPECT_FALSE(loaded.movedAside);
+    EXPECT_EQ(readFile(file), saved);
+    EXPECT_FALSE(std::filesystem::exists(directory / "widgets.json.bad"));
+    ASSERT_TRUE(loaded.problem);
+    EXPECT_TRUE(loaded.problem->contains(QStringLiteral("widgets[0]: unknown sort order \"Recent\"; sorted by category")));
+    EXPECT_TRUE(loaded.problem->contains(QStringLiteral("widgets[1]: unknown family \"systemHuge\"; shown medium")));
+    EXPECT_TRUE(loaded.problem->contains(QStringLiteral("widgets[2]: no id")));
+    EXPECT_TRUE(loaded.problem->contains(QStringLiteral("widgets[3]: the id B is used twice")));
+    EXPECT_TRUE(loaded.problem->contains(QStringLiteral("widgets[4]: not a widget")));
+}
+
+TEST(InstanceStore, AFileWithoutBadValuesHasNothingToSay)
+{
+    TemporaryDirectory directory;
+    writeFile(directory / "widgets.json", R"({"widgets": [{"id": "A", "family": "small", "sortOrder": "recent"}]})");
+    const InstanceStore::Loaded loaded = InstanceStore(qt(directory / "widgets.json")).load();
+    ASSERT_EQ(loaded.instances.size(), 1u);
+    EXPECT_EQ(loaded.problem, std::nullopt);
+    EXPECT_FALSE(loaded.movedAside);
 }
 
 TEST(InstanceStore, AnOlderDamagedCopyIsReplaced)

@@ -30,6 +30,14 @@ protected:
         store().touchHeartbeat(Date::now());
     }
 
+    // A snapshot written before the commands of a test, which it therefore does not answer.
+    void publishOlderSnapshot() const
+    {
+        WidgetSnapshot older = snapshotWith({ WidgetItem { "a", "alpha", "node", true }, WidgetItem { "b", "beta", "node", false } });
+        older.updatedAt = Date::now().addingSeconds(-60);
+        store().writeSnapshot(older);
+    }
+
     // The entries a controller makes current, in order.
     static std::vector<TimelineEntry>& record(TimelineController& controller, std::vector<TimelineEntry>& into)
     {
@@ -112,6 +120,48 @@ TEST_F(TimelineControllerTest, APendingCommandShowsFirstAndItsClearedCopyIsSched
     controller.reload();
     ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry().has_value(); }));
     EXPECT_EQ(controller.currentEntry()->pending, (TimelineEntry::PendingActions { { "a", WidgetCommand::Action::stop } }));
+}
+
+TEST_F(TimelineControllerTest, AReloadIsDueWhenTheOldestPendingMarkLapsesNotLater)
+{
+    // Marked 15 s ago, say before a heartbeat made the host reload: 5 s of busy are left, not 20.
+    publishOlderSnapshot();
+    const Date issued = Date::now().addingSeconds(-15);
+    const WidgetCommand older("a", WidgetCommand::Action::stop, Uuid::random(), issued);
+    const WidgetCommand newer("b", WidgetCommand::Action::start, Uuid::random(), issued.addingSeconds(3));
+    for (const WidgetCommand& command : { older, newer }) {
+        store().enqueue(command);
+        store().markPending(command);
+    }
+    TimelineController controller(TimelineProvider(), QuelmWidgetConfiguration(), WidgetFamily::medium);
+    controller.reload();
+    ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry().has_value(); }));
+    ASSERT_EQ(controller.currentEntry()->pending.size(), 2u);
+    ASSERT_TRUE(controller.reloadDate());
+    EXPECT_NEAR(controller.reloadDate()->secondsSince(issued), TimelineProvider::maximumPendingAge, 0.01);
+}
+
+TEST_F(TimelineControllerTest, AMarkNearItsAgeStopsShowingWhenItLapses)
+{
+    publishOlderSnapshot();
+    const WidgetCommand command("a", WidgetCommand::Action::stop, Uuid::random(), Date::now().addingSeconds(-TimelineProvider::maximumPendingAge + 1));
+    store().enqueue(command);
+    store().markPending(command);
+    TimelineController controller(TimelineProvider(), QuelmWidgetConfiguration(), WidgetFamily::medium);
+    controller.reload();
+    ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry().has_value(); }));
+    ASSERT_FALSE(controller.currentEntry()->pending.empty());
+    // The mark lapses about a second from now; the timeline's own cleared entry would come 20 s on.
+    ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry()->pending.empty(); }));
+}
+
+TEST_F(TimelineControllerTest, WithoutPendingMarksTheReloadIsThePolicys)
+{
+    TimelineController controller(TimelineProvider(), QuelmWidgetConfiguration(), WidgetFamily::medium);
+    controller.reload();
+    ASSERT_TRUE(test::waitFor([&] { return controller.currentEntry().has_value(); }));
+    ASSERT_TRUE(controller.reloadDate());
+    EXPECT_GT(controller.reloadDate()->secondsSince(controller.currentEntry()->date), TimelineProvider::refreshInterval - 1);
 }
 
 TEST_F(TimelineControllerTest, WithoutAContainerTheWidgetHasNoAccess)

@@ -1,9 +1,12 @@
 #include "Host/TimelineSchedule.h"
 
+#include <quelm/Uuid.h>
+
 #include <gtest/gtest.h>
 
 using namespace quelm;
 using quelm::host::TimelineSchedule;
+using quelm::host::pendingLapse;
 using quelm::host::showSameState;
 
 namespace {
@@ -129,4 +132,23 @@ TEST(TimelineSchedule, EntriesThatDifferOnlyInTheirDateShowTheSameState)
     TimelineEntry other = entryAt(made);
     other.snapshot.items.push_back(WidgetItem { "x", "x", "node", true });
     EXPECT_FALSE(showSameState(entryAt(made), other));
+}
+
+TEST(TimelineSchedule, ThePendingMarksLapseWithTheOldestShownCommand)
+{
+    const TimelineEntry entry = entryAt(made, { { "a", WidgetCommand::Action::start }, { "b", WidgetCommand::Action::stop } });
+    const PendingCommands commands {
+        { "a", WidgetCommand("a", WidgetCommand::Action::start, Uuid::random(), made.addingSeconds(-5)) },
+        { "b", WidgetCommand("b", WidgetCommand::Action::stop, Uuid::random(), made.addingSeconds(-12)) },
+        // Not shown by the entry: it does not count.
+        { "c", WidgetCommand("c", WidgetCommand::Action::stop, Uuid::random(), made.addingSeconds(-19)) },
+    };
+    EXPECT_EQ(pendingLapse(entry, commands, 20), made.addingSeconds(8));
+}
+
+TEST(TimelineSchedule, AnEntryWithoutPendingMarksHasNothingToLapse)
+{
+    const PendingCommands commands { { "a", WidgetCommand("a", WidgetCommand::Action::start, Uuid::random(), made) } };
+    EXPECT_EQ(pendingLapse(entryAt(made), commands, 20), std::nullopt);
+    EXPECT_EQ(pendingLapse(entryAt(made, { { "z", WidgetCommand::Action::start } }), commands, 20), std::nullopt);
 }

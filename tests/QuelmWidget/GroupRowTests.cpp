@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace quelm {
 namespace {
 
@@ -19,7 +21,7 @@ WidgetGroup group(std::int64_t running, std::int64_t members, bool active, std::
     return WidgetGroup("group:x", "Backend", members, running, active, transition);
 }
 
-std::string english(std::string_view key)
+std::string english(std::string_view key, std::optional<long long> = std::nullopt)
 {
     if (key == "Grupo · %lld itens")
         return "Group · %lld items";

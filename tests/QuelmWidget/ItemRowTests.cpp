@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include <map>
 
 namespace quelm {
@@ -17,7 +19,7 @@ const Color secondary = Color::of(Color::Named::secondary);
 const Color nodeTint = Color::rgb(0.42, 0.80, 0.47);
 
 // Stands for the view's translation table: English for the fixed texts.
-std::string english(std::string_view key)
+std::string english(std::string_view key, std::optional<long long> = std::nullopt)
 {
     static const std::map<std::string, std::string, std::less<>> table {
         { "Iniciando…", "Starting…" }, { "Parando…", "Stopping…" }, { "Parado", "Stopped" }

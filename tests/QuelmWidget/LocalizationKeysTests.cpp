@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -25,6 +27,7 @@ struct Message {
     std::string source;
     std::string translation;
     std::string translationAttributes;
+    std::vector<std::string> forms {};
 };
 
 std::string unescape(std::string_view text)
@@ -101,9 +104,20 @@ std::map<std::string, std::vector<Message>> readTranslations(const std::filesyst
             const auto source = element(message->first, "source", field);
             field = 0;
             const auto translation = element(message->first, "translation", field);
-            messages.push_back({ source ? unescape(source->first) : std::string(),
+            Message read { source ? unescape(source->first) : std::string(),
                 translation ? unescape(translation->first) : std::string(),
-                translation ? translation->second : std::string() });
+                translation ? translation->second : std::string() };
+            // A counted text has one form per plural category instead of one translation.
+            std::size_t form = 0;
+            while (translation) {
+                const auto numerus = element(translation->first, "numerusform", form);
+                if (!numerus)
+                    break;
+                read.forms.push_back(unescape(numerus->first));
+            }
+            if (!read.forms.empty())
+                read.translation = read.forms.back();
+            messages.push_back(std::move(read));
         }
     }
     return contexts;
@@ -145,6 +159,8 @@ TEST(LocalizationKeysTests, EnglishTranslatesEveryKey)
         EXPECT_FALSE(message.translation.empty());
         EXPECT_EQ(message.translationAttributes.find("type="), std::string::npos) << "unfinished or obsolete";
         EXPECT_EQ(placeholders(message.translation), placeholders(key));
+        for (const std::string& form : message.forms)
+            EXPECT_EQ(placeholders(form), placeholders(key)) << form;
     }
 }
 
@@ -159,6 +175,9 @@ TEST(LocalizationKeysTests, EnglishSamples)
     EXPECT_EQ(table["%lld rodando"], "%lld running");
     EXPECT_EQ(table["1 rodando"], "1 running");
     EXPECT_EQ(table["Grupo · %lld itens"], "Group · %lld items");
+    const auto counted = std::find_if(messages.begin(), messages.end(), [](const Message& message) { return message.source == "Grupo · %lld itens"; });
+    ASSERT_NE(counted, messages.end());
+    EXPECT_EQ(counted->forms, (std::vector<std::string> { "Group · %lld item", "Group · %lld items" }));
     EXPECT_EQ(table["Iniciando…"], "Starting…");
     EXPECT_EQ(table["Parando…"], "Stopping…");
     EXPECT_EQ(table["precisa de aprovação"], "needs approval");

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <vector>
+
 namespace quelm {
 namespace {
 
@@ -58,9 +61,22 @@ TEST(LocalizedTextTests, NumbersMayBeWrittenByTheLocale)
 TEST(LocalizedTextTests, LocalizedLooksTheKeyUp)
 {
     const LocalizedText text { "%lld rodando", { 4 } };
-    EXPECT_EQ(text.localized([](std::string_view key) { return key == "%lld rodando" ? std::string("%lld running") : std::string(key); }),
+    EXPECT_EQ(text.localized([](std::string_view key, std::optional<long long>) { return key == "%lld rodando" ? std::string("%lld running") : std::string(key); }),
         "4 running");
     EXPECT_EQ(text.localized({}), "4 rodando");
+}
+
+TEST(LocalizedTextTests, TheFirstNumberChoosesTheForm)
+{
+    std::vector<std::optional<long long>> counts;
+    const auto translate = [&](std::string_view, std::optional<long long> count) {
+        counts.push_back(count);
+        return std::string(count == 1 ? "Group · %lld item" : "Group · %lld items");
+    };
+    EXPECT_EQ((LocalizedText { "Grupo · %lld itens", { 1 } }).localized(translate), "Group · 1 item");
+    EXPECT_EQ((LocalizedText { "Grupo · %lld itens", { 2 } }).localized(translate), "Group · 2 items");
+    EXPECT_EQ((LocalizedText { "Parado" }).localized(translate), "Group · %lld items");
+    EXPECT_EQ(counts, (std::vector<std::optional<long long>> { 1, 2, std::nullopt }));
 }
 
 TEST(LocalizedTextTests, MultibyteTextIsKept)

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace quelm {
 namespace {
 
@@ -16,7 +18,7 @@ WidgetSession session(State state)
     return WidgetSession { "abc", "Fix the build", "quelm", state };
 }
 
-std::string english(std::string_view key)
+std::string english(std::string_view key, std::optional<long long> = std::nullopt)
 {
     if (key == "precisa de aprovação")
         return "needs approval";

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace quelm {
 namespace {
 
@@ -48,7 +50,7 @@ TEST(WidgetHeaderTests, ZeroUsesThePluralForm)
 TEST(WidgetHeaderTests, ManyUseThePluralForm)
 {
     EXPECT_EQ(runningCountText(2), (LocalizedText { "%lld rodando", { 2 } }));
-    EXPECT_EQ(runningCountText(14).localized([](std::string_view) { return std::string("%lld running"); }), "14 running");
+    EXPECT_EQ(runningCountText(14).localized([](std::string_view, std::optional<long long>) { return std::string("%lld running"); }), "14 running");
 }
 
 TEST(WidgetHeaderTests, HeaderFromSnapshot)

@@ -579,3 +579,21 @@ TEST(TitleCollator, EachThreadHasItsOwn)
     EXPECT_NE(mine, theirs);
     EXPECT_EQ(theirs->localeID(), "pt_BR");
 }
+
+TEST(TitleCollator, TitlesAlikeBeyondWhatIsCollatedGoByTheirBytes)
+{
+    const TitleCollator collator("pt_BR.UTF-8");
+    const std::string body(1 << 20, 'x');
+    EXPECT_LT(collator.compare(body + "a", body + "b"), 0);
+    EXPECT_GT(collator.compare(body + "b", body + "a"), 0);
+    EXPECT_EQ(collator.compare(body, body), 0);
+    // Within the collated start the collator still rules: case does not count, numbers do.
+    EXPECT_EQ(collator.compare("Alpha" + body, "alpha" + body), 0);
+    EXPECT_LT(collator.compare("svc 2" + body, "svc 10" + body), 0);
+    // The cut never falls inside a character.
+    std::string accented;
+    while (accented.size() < TitleCollator::longestCollatedBytes + 8)
+        accented += "é";
+    EXPECT_EQ(quelm::detail::collatedHead(accented).size() % 2, 0u);
+    EXPECT_EQ(collator.compare(accented + "a", accented + "b") < 0, true);
+}

@@ -22,6 +22,21 @@ TEST_F(LocalizerTest, EnglishIsShippedAndTranslatesEveryText)
     EXPECT_EQ(english.translate("Iniciando…"), "Starting…");
 }
 
+TEST_F(LocalizerTest, EnglishCountsInTheSingularAndThePlural)
+{
+    const Localizer english = Localizer::forSnapshotLanguage("en", fixedLocale);
+    EXPECT_EQ(english.text({ "Grupo · %lld itens", { 1 } }), "Group · 1 item");
+    EXPECT_EQ(english.text({ "Grupo · %lld itens", { 0 } }), "Group · 0 items");
+    EXPECT_EQ(english.text({ "Grupo · %lld itens", { 2 } }), "Group · 2 items");
+    EXPECT_EQ(english.text({ "Grupo · %lld itens", { 1200 } }), "Group · 1,200 items");
+    // Texts without plural forms keep their one translation whatever the count.
+    EXPECT_EQ(english.text({ "%lld rodando", { 2 } }), "2 running");
+    EXPECT_EQ(english.text({ "Grupo · %lld de %lld", { 3, 3 } }), "Group · 3 of 3");
+    // The base texts stay as the rows give them.
+    const Localizer base = Localizer::forSnapshotLanguage("xx", fixedLocale);
+    EXPECT_EQ(base.text({ "Grupo · %lld itens", { 1 } }), "Grupo · 1 itens");
+}
+
 TEST_F(LocalizerTest, LanguageWithoutTranslationGivesBaseTextsSilently)
 {
     EXPECT_FALSE(Localizer::hasTranslation("xx"));

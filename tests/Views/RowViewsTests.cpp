@@ -218,6 +218,32 @@ TEST_F(RowViewsTest, FullSessionRowShowsTitleThenProjectAndStatus)
     EXPECT_EQ(glyphOf(waitingRow).opacity, 0.6);
 }
 
+TEST_F(RowViewsTest, AFullSessionRowsSecondLineWrapsOntoTwoLinesAndTheTitleKeepsToOne)
+{
+    const WidgetSession record { "s4", "Ajustar o widget de sessões longas", "quelm", WidgetSession::State::needsApproval };
+    views::ViewNode row = views::SessionRowView::node(quelm::SessionRow(record, false), context);
+    const views::LayoutEngine engine;
+    const double narrow = 150;
+    engine.layout(row, { 0, 0, narrow, engine.measure(row, narrow).height });
+
+    const node::Text& title = textAt(row, 0);
+    const node::Text& second = textAt(row, 1);
+    EXPECT_EQ(title.shown.find('\n'), std::string::npos) << title.shown;
+    EXPECT_TRUE(title.shown.ends_with("…")) << title.shown;
+    EXPECT_EQ(second.shown, "quelm · precisa de\naprovação");
+    const auto& secondFrame = views::nodesOfType<node::Text>(row).at(1)->frame;
+    const auto& titleFrame = views::nodesOfType<node::Text>(row).at(0)->frame;
+    EXPECT_GT(secondFrame.height, titleFrame.height) << "two lines of the smaller font are taller than the title";
+    EXPECT_LE(secondFrame.maxX(), narrow);
+
+    // A line that fits stays one line; a compact row's status keeps to one.
+    const views::ViewNode wide = session(quelm::SessionRow(record, false));
+    EXPECT_EQ(textAt(wide, 1).shown, "quelm · precisa de aprovação");
+    views::ViewNode compact = views::SessionRowView::node(quelm::SessionRow(record, true), context);
+    engine.layout(compact, { 0, 0, 60, engine.measure(compact, 60).height });
+    EXPECT_EQ(textAt(compact, 1).shown.find('\n'), std::string::npos);
+}
+
 TEST_F(RowViewsTest, CompactItemRowIsOneLineOfGlyphTitleSpacerAndButton)
 {
     const ViewNode row = item({ "a", "api", "node", true }, std::nullopt, true);

@@ -16,13 +16,13 @@ void LayerShellPresenter::present(WidgetWindow& window)
     new LayerSurface(m_display, window); // owned by the window
 }
 
-QList<QRect> LayerShellPresenter::screenAreas() const
+QList<ScreenArea> LayerShellPresenter::screens() const
 {
     // Each output whole: the widgets' margins count from the output's very edge, panels or not.
-    QList<QRect> areas;
+    QList<ScreenArea> areas;
     for (const WaylandDisplay::Output& output : m_display.outputs()) {
         if (!output.logical().isEmpty())
-            areas << output.logical();
+            areas.append({ QString::fromStdString(output.label), output.logical() });
     }
     return areas;
 }

@@ -15,7 +15,7 @@ public:
     explicit LayerShellPresenter(WaylandDisplay& display);
 
     void present(WidgetWindow& window) override;
-    QList<QRect> screenAreas() const override;
+    QList<ScreenArea> screens() const override;
 
 private:
     WaylandDisplay& m_display;
