@@ -15,7 +15,7 @@ set_name=${1:-test}
 
 run_packages=(
   build-essential cmake ninja-build pkg-config git
-  nlohmann-json3-dev libsystemd-dev uuid-dev libicu-dev
+  nlohmann-json3-dev libsystemd-dev uuid-dev libicu-dev libtomlplusplus-dev
   qt6-base-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6svg6
   fonts-inter
   dbus dbus-bin
@@ -25,7 +25,7 @@ test_packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth xdotool
   clang libclang-rt-14-dev
-  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd
+  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd dbus-user-session util-linux python3 curl
 )
 
 case $set_name in
