@@ -232,6 +232,7 @@ void Daemon::publish()
         }
     }
     StatusReport status = m_companion->status(now);
+    status.container = m_options.store.root().string();
     if (m_reported) {
         StatusReport previous = *m_reported;
         previous.updatedAt = status.updatedAt;

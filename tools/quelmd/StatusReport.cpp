@@ -21,6 +21,7 @@ std::string encodeStatusReport(const StatusReport& report)
     nlohmann::json document {
         { "updatedAt", report.updatedAt.secondsSince1970() },
         { "pid", report.pid },
+        { "container", report.container },
         { "configuration", report.configuration },
         { "services", std::move(services) },
     };
@@ -36,6 +37,7 @@ std::optional<StatusReport> decodeStatusReport(const std::string& text)
         StatusReport report;
         report.updatedAt = quelm::Date(document.at("updatedAt").get<double>());
         report.pid = document.at("pid").get<std::int64_t>();
+        report.container = document.at("container").get<std::string>();
         report.configuration = document.at("configuration").get<std::string>();
         if (document.contains("configurationError"))
             report.configurationError = document["configurationError"].get<std::string>();

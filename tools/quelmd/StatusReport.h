@@ -32,6 +32,7 @@ struct ServiceStatus {
 struct StatusReport {
     quelm::Date updatedAt;
     std::int64_t pid = 0;
+    std::string container;                      // the widget's container quelmd publishes to
     std::string configuration;                  // the services.toml in use
     std::optional<std::string> configurationError; // why its last change was refused
     std::vector<ServiceStatus> services;

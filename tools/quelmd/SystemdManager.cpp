@@ -195,23 +195,32 @@ UnitState SystemdManager::state(const std::string& unit)
     return state;
 }
 
-int SystemdManager::propertiesChanged(sd_bus_message*, void* userdata, sd_bus_error*)
+int SystemdManager::propertiesChanged(sd_bus_message* message, void* userdata, sd_bus_error*)
 {
-    // The signal says what changed, but a unit changes several properties over two interfaces
-    // at once: reading them all keeps one consistent picture.
+    // The values come from the signal itself, applied to what was known: a unit collected right
+    // after it failed cannot be asked afterwards how it ended.
     Followed* followed = static_cast<Followed*>(userdata);
+    const char* interface = nullptr;
+    if (sd_bus_message_read(message, "s", &interface) < 0)
+        return 0;
+    UnitState state = followed->state;
+    const bool read = detail::readProperties(message, state) >= 0;
+    // While the unit has processes, some of what changes (its control group) is not in any
+    // signal: ask for the whole of it.
+    if (!read || state.activeState == "active" || state.activeState == "activating" || state.activeState == "reloading")
+        state = followed->manager->state(followed->unit);
+    if (state == followed->state)
+        return 0;
+    followed->state = state;
     const std::string unit = followed->unit;
-    SystemdManager* manager = followed->manager;
-    const UnitState state = manager->state(unit);
-    if (manager->m_followed.contains(unit))
-        manager->m_handler(unit, state);
+    followed->manager->m_handler(unit, state);
     return 0;
 }
 
 UnitState SystemdManager::follow(const std::string& unit)
 {
     if (!m_followed.contains(unit)) {
-        auto followed = std::make_unique<Followed>(Followed { this, unit, nullptr });
+        auto followed = std::make_unique<Followed>(Followed { this, unit, {}, nullptr });
         const std::string path = unitObjectPath(unit);
         sd_bus_slot* slot = nullptr;
         const int result = sd_bus_match_signal(m_bus.get(), &slot, detail::busName, path.c_str(), "org.freedesktop.DBus.Properties",
@@ -225,7 +234,9 @@ UnitState SystemdManager::follow(const std::string& unit)
         sd_bus_call_method(m_bus.get(), detail::busName, detail::managerPath, detail::managerInterface, "LoadUnit", error.get(),
             nullptr, "s", unit.c_str());
     }
-    return state(unit);
+    Followed& followed = *m_followed.at(unit);
+    followed.state = state(unit);
+    return followed.state;
 }
 
 void SystemdManager::unfollow(const std::string& unit)

@@ -37,6 +37,7 @@ private:
     struct Followed {
         SystemdManager* manager;
         std::string unit;
+        UnitState state; // as last reported
         quelm::detail::BusSlot match;
     };
     static int propertiesChanged(sd_bus_message*, void* userdata, sd_bus_error*);
