@@ -18,14 +18,14 @@ run_packages=(
   nlohmann-json3-dev libsystemd-dev uuid-dev libicu-dev libtomlplusplus-dev
   qt6-base-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6svg6
   fonts-inter
-  dbus dbus-bin
+  dbus dbus-bin python3
   help2man
 )
 test_packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth xdotool
   clang libclang-rt-14-dev
-  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd dbus-user-session util-linux python3 curl
+  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd dbus-user-session util-linux curl
 )
 
 case $set_name in
