@@ -56,8 +56,18 @@ void Companion::unitChanged(const std::string& unit, const UnitState& state)
         return;
     if (!isUp(state))
         m_detectedPorts.erase(service->id);
-    if (state.activeState == "failed" && previous.activeState != "failed")
-        fail(*service, unit + ' ' + failureReason(state));
+    // The manager tells the new state and how the process ended in two signals, one per
+    // interface: a failure's reason is completed by the second.
+    if (state.activeState == "failed") {
+        const std::string reason = unit + ' ' + failureReason(state);
+        const auto recorded = m_failures.find(service->id);
+        if (previous.activeState != "failed" || recorded == m_failures.end())
+            fail(*service, reason);
+        else if (recorded->second.reason != reason) {
+            recorded->second.reason = reason;
+            m_log(service->id + ": " + reason);
+        }
+    }
 }
 
 void Companion::fail(const ServiceDefinition& service, const std::string& reason)
