@@ -13,6 +13,7 @@
 #include "Intent/ToggleItemIntent.h"
 
 #include <quelm/SharedStore.h>
+#include <quelm/WireFormat.h>
 
 #include <algorithm>
 #include <cinttypes>
@@ -141,7 +142,7 @@ int main(int argc, char** argv)
     const std::filesystem::path units = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / "systemd" / "user";
     std::filesystem::create_directories(units);
     const std::string sleepPath = "/bin/sleep";
-    std::ofstream(units / "bench-baseline.service") << "[Service]\nType=exec\nExecStart=" << sleepPath << " 1000000\n";
+    std::ofstream(units / "bench-baseline.service") << "[Unit]\nStartLimitIntervalSec=0\n[Service]\nType=exec\nExecStart=" << sleepPath << " 1000000\n";
     runProgram({ "systemctl", "--user", "daemon-reload" });
 
     const pid_t quelmd = ::fork();
@@ -150,6 +151,15 @@ int main(int argc, char** argv)
         ::execl(program.c_str(), program.c_str(), static_cast<char*>(nullptr));
         ::_exit(127);
     }
+    // quelmd goes with the benchmark, however it ends.
+    struct Ender {
+        pid_t pid;
+        ~Ender()
+        {
+            ::kill(pid, SIGTERM);
+            ::waitpid(pid, nullptr, 0);
+        }
+    } ender { quelmd };
     SnapshotWaiter waiter(store);
     if (!waiter.waitFor([](const WidgetSnapshot& snapshot) { return snapshot.items.size() == 10; })) {
         std::printf("QuelmdBench: quelmd never published\n");
@@ -161,7 +171,7 @@ int main(int argc, char** argv)
         const auto start = Clock::now();
         ToggleItemIntent("bench-tap", true).perform(store);
         if (!waiter.waitFor([](const WidgetSnapshot& snapshot) { return itemRunning(snapshot, "bench-tap", true); })) {
-            std::printf("QuelmdBench: a tap never showed running\n");
+            std::printf("QuelmdBench: tap %d never showed running: %s\n", tap, encode(store.readSnapshot()).c_str());
             return 1;
         }
         if (tap >= 3)
@@ -214,8 +224,6 @@ int main(int argc, char** argv)
     std::printf("idle with 10 services (%d s)      RSS %.1f MB (target <= 8 MB: %s)   CPU %.3f %% (target <= 0.05 %%: %s)\n", idleSeconds,
         after.rssKilobytes / 1024, after.rssKilobytes / 1024 <= 8 ? "met" : "MISSED", cpuPercent, cpuPercent <= 0.05 ? "met" : "MISSED");
 
-    ::kill(quelmd, SIGTERM);
-    ::waitpid(quelmd, nullptr, 0);
     std::vector<std::string> stop { "systemctl", "--user", "stop", "quelm-bench-tap.service" };
     for (int index = 1; index < 10; ++index)
         stop.push_back("quelm-bench-idle-" + std::to_string(index) + ".service");

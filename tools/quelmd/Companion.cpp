@@ -31,6 +31,12 @@ void Companion::configure(ServiceConfiguration configuration)
             unit = m_units.erase(unit);
         }
     }
+    // A command that changed runs from its next start on: the unit made for the old one goes.
+    for (const ServiceDefinition& service : m_configuration.services) {
+        const ServiceDefinition* now = configuration.service(service.id);
+        if (!service.unit && (!now || *now != service))
+            m_manager.forget(service.unitName());
+    }
     std::erase_if(m_detectedPorts, [&](const auto& entry) { return !configuration.service(entry.first); });
     std::erase_if(m_failures, [&](const auto& entry) { return !configuration.service(entry.first); });
     m_configuration = std::move(configuration);
@@ -127,6 +133,12 @@ std::map<std::string, std::string> Companion::portCandidates() const
             candidates.emplace(service.id, unit->second.controlGroup);
     }
     return candidates;
+}
+
+std::optional<std::uint16_t> Companion::detectedPort(const std::string& serviceId) const
+{
+    const auto found = m_detectedPorts.find(serviceId);
+    return found == m_detectedPorts.end() ? std::nullopt : std::optional(found->second);
 }
 
 bool Companion::setDetectedPort(const std::string& serviceId, std::optional<std::uint16_t> port)

@@ -266,9 +266,14 @@ void Daemon::searchPorts()
     for (const auto& [serviceId, controlGroup] : candidates)
         if (!m_portSearches.contains(serviceId)) {
             auto search = std::make_unique<PortSearch>(PortSearch { this, serviceId, 0, nullptr });
-            PortSearch& started = *search;
+            // Reading /proc takes milliseconds: the first look comes after the snapshot that
+            // shows the unit running, not before it.
+            sd_event_source* source = nullptr;
+            if (sd_event_add_time_relative(m_loop.get(), &source, CLOCK_MONOTONIC, 0, 0, onPortDue, search.get()) >= 0) {
+                search->timer.reset(source);
+                sd_event_source_set_priority(source, SD_EVENT_PRIORITY_IDLE + 1);
+            }
             m_portSearches.emplace(serviceId, std::move(search));
-            lookForPort(started);
         }
 }
 
@@ -285,8 +290,10 @@ void Daemon::lookForPort(PortSearch& search)
         return;
     sd_event_source* source = nullptr;
     if (sd_event_add_time_relative(m_loop.get(), &source, CLOCK_MONOTONIC, detail::portSearchDelays[search.attempt], 0, onPortDue, &search)
-        >= 0)
+        >= 0) {
         search.timer.reset(source);
+        sd_event_source_set_priority(source, SD_EVENT_PRIORITY_IDLE + 1);
+    }
 }
 
 void Daemon::scheduleOnce(EventSource& source, std::uint64_t delay, sd_event_time_handler_t handler)
@@ -342,10 +349,11 @@ int Daemon::onBeatDue(sd_event_source*, std::uint64_t, void* userdata)
 {
     Daemon* daemon = static_cast<Daemon*>(userdata);
     daemon->beat();
-    // A service may have opened another port, or one the searches gave up on, since.
+    // A service the searches gave up on may listen by now.
     if (daemon->m_cgroupHierarchy)
         for (const auto& [serviceId, controlGroup] : daemon->m_companion->portCandidates())
-            if (daemon->m_companion->setDetectedPort(serviceId, lowestListeningPort(*daemon->m_cgroupHierarchy, controlGroup)))
+            if (!daemon->m_companion->detectedPort(serviceId)
+                && daemon->m_companion->setDetectedPort(serviceId, lowestListeningPort(*daemon->m_cgroupHierarchy, controlGroup)))
                 daemon->schedulePublish(false);
     if (!daemon->m_sessionsWatch)
         daemon->readSessions();

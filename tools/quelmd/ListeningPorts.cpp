@@ -126,20 +126,21 @@ std::optional<std::uint16_t> lowestListeningPort(const std::filesystem::path& hi
 {
     if (controlGroup.empty() || controlGroup.front() != '/' || controlGroup.find("..") != std::string_view::npos)
         return std::nullopt;
-    const std::set<pid_t> processes = cgroupProcesses(hierarchy / std::filesystem::path(controlGroup).relative_path());
-    if (processes.empty())
+    // The processes' sockets first: the kernel's socket tables cost milliseconds to read, and a
+    // service without any socket does not need them.
+    std::set<std::uint64_t> inodes;
+    for (const pid_t pid : cgroupProcesses(hierarchy / std::filesystem::path(controlGroup).relative_path()))
+        inodes.merge(socketInodes(proc / std::to_string(pid) / "fd"));
+    if (inodes.empty())
         return std::nullopt;
     std::map<std::uint64_t, std::uint16_t> sockets = parseListeningSockets(detail::readAll(proc / "net" / "tcp"));
     sockets.merge(parseListeningSockets(detail::readAll(proc / "net" / "tcp6")));
-    if (sockets.empty())
-        return std::nullopt;
     std::optional<std::uint16_t> lowest;
-    for (const pid_t pid : processes)
-        for (const std::uint64_t inode : socketInodes(proc / std::to_string(pid) / "fd")) {
-            const auto found = sockets.find(inode);
-            if (found != sockets.end() && (!lowest || found->second < *lowest))
-                lowest = found->second;
-        }
+    for (const std::uint64_t inode : inodes) {
+        const auto found = sockets.find(inode);
+        if (found != sockets.end() && (!lowest || found->second < *lowest))
+            lowest = found->second;
+    }
     return lowest;
 }
 

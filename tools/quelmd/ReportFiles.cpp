@@ -49,7 +49,10 @@ void writeReportFile(const std::filesystem::path& file, std::string_view content
         }
         written += static_cast<std::size_t>(result);
     }
-    if (::fsync(fd.get()) != 0 || fd.close() != 0 || ::rename(temporary.c_str(), file.c_str()) != 0) {
+    // No fsync: these files describe the running session and are rewritten at every change; a
+    // crash loses nothing that the next write would not replace, and the widget's answer is not
+    // kept waiting for the disk.
+    if (fd.close() != 0 || ::rename(temporary.c_str(), file.c_str()) != 0) {
         const int saved = errno;
         ::unlink(temporary.c_str());
         errno = saved;

@@ -8,7 +8,8 @@
 
 namespace quelmd::detail {
 
-// Replaces `file` atomically (temporary file, fsync, rename), creating its folder with mode 0700
+// Replaces `file` atomically (temporary file, then rename; no fsync: the files describe the
+// running session only), creating its folder with mode 0700
 // and the file with 0600. Throws std::system_error.
 void writeReportFile(const std::filesystem::path& file, std::string_view content);
 

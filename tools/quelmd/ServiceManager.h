@@ -35,7 +35,10 @@ public:
     virtual UnitState follow(const std::string& unit) = 0;
     virtual void unfollow(const std::string& unit) = 0;
 
+    // Starts the command as `service.unit`. The unit made for it stays loaded after it stops, so
+    // that the next start is as quick as any unit's, until `forget` (the command changed).
     virtual std::optional<std::string> startTransient(const TransientService&) = 0;
+    virtual void forget(const std::string& unit) = 0;
     virtual std::optional<std::string> start(const std::string& unit) = 0;
     virtual std::optional<std::string> stop(const std::string& unit) = 0;
 };

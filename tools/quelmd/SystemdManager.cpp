@@ -87,8 +87,8 @@ int appendStrings(sd_bus_message* message, const std::vector<std::string>& value
 }
 
 // The properties of a transient service that runs `service`: Type=exec, so that a program that
-// cannot be executed fails the start; collected once stopped or failed, so that the next start
-// can make it again with the configuration of the day.
+// cannot be executed fails the start; collected once stopped or failed unless quelmd holds it, so
+// that a changed command makes a new unit.
 int appendTransientProperties(sd_bus_message* message, const TransientService& service)
 {
     int result = sd_bus_message_open_container(message, 'a', "(sv)");
@@ -98,6 +98,9 @@ int appendTransientProperties(sd_bus_message* message, const TransientService& s
         result = appendString(message, "Type", "exec");
     if (result >= 0)
         result = appendString(message, "CollectMode", "inactive-or-failed");
+    // Every start is a person's click: no rate limit refuses the sixth within ten seconds.
+    if (result >= 0)
+        result = sd_bus_message_append(message, "(sv)", "StartLimitIntervalUSec", "t", std::uint64_t(0));
     if (result >= 0 && service.directory)
         result = appendString(message, "WorkingDirectory", service.directory->string());
     if (result >= 0 && !service.environment.empty()) {
@@ -248,6 +251,10 @@ std::optional<std::string> SystemdManager::startTransient(const TransientService
 {
     if (service.arguments.empty())
         return "no command to run";
+    // Made before and held since: starting it is cheaper than making it again.
+    if (m_kept.contains(service.unit) && state(service.unit).loadState == "loaded")
+        return start(service.unit);
+    m_kept.erase(service.unit);
     sd_bus_message* call = nullptr;
     int result = sd_bus_message_new_method_call(m_bus.get(), &call, detail::busName, detail::managerPath, detail::managerInterface,
         "StartTransientUnit");
@@ -265,12 +272,28 @@ std::optional<std::string> SystemdManager::startTransient(const TransientService
     sd_bus_message* reply = nullptr;
     result = sd_bus_call(m_bus.get(), call, 0, error.get(), &reply);
     const quelm::detail::BusMessage ownedReply(reply);
-    if (result >= 0)
+    if (result >= 0) {
+        // A reference of this connection keeps the unit loaded once it stops; the manager drops
+        // it when quelmd goes.
+        quelm::detail::BusError refError;
+        if (sd_bus_call_method(m_bus.get(), detail::busName, unitObjectPath(service.unit).c_str(), detail::unitInterface, "Ref",
+                refError.get(), nullptr, "")
+            >= 0)
+            m_kept.insert(service.unit);
         return std::nullopt;
+    }
     // The unit from the last start may not be collected yet: start it as it is.
     if (error.name() == "org.freedesktop.systemd1.UnitExists")
         return start(service.unit);
     return detail::errorText(result, error);
+}
+
+void SystemdManager::forget(const std::string& unit)
+{
+    if (!m_kept.erase(unit))
+        return;
+    quelm::detail::BusError error;
+    sd_bus_call_method(m_bus.get(), detail::busName, unitObjectPath(unit).c_str(), detail::unitInterface, "Unref", error.get(), nullptr, "");
 }
 
 std::optional<std::string> SystemdManager::start(const std::string& unit)

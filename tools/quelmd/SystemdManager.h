@@ -7,6 +7,7 @@
 #include <BusSlot.h>
 
 #include <map>
+#include <set>
 #include <memory>
 #include <string>
 
@@ -27,6 +28,7 @@ public:
     UnitState follow(const std::string& unit) override;
     void unfollow(const std::string& unit) override;
     std::optional<std::string> startTransient(const TransientService&) override;
+    void forget(const std::string& unit) override;
     std::optional<std::string> start(const std::string& unit) override;
     std::optional<std::string> stop(const std::string& unit) override;
 
@@ -45,6 +47,7 @@ private:
     quelm::detail::BusConnection m_bus;
     StateHandler m_handler;
     std::map<std::string, std::unique_ptr<Followed>> m_followed;
+    std::set<std::string> m_kept; // transient units this connection holds a reference on
 };
 
 // The object path of a unit, as the manager names it: "/org/freedesktop/systemd1/unit/quelm_2dweb_2eservice".
