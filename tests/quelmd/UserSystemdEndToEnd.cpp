@@ -236,7 +236,7 @@ TEST_F(QuelmdEndToEnd, PublishesTheSessionsAgentsReport)
     configure("");
     startQuelmd();
     const ProgramResult set = quelmctl({ "session", "set", "e2e session/1", "--title", "Fix the build", "--project", "quelm", "--state",
-        "needsApproval", "--open", "true" });
+        "needsApproval", "--open", "touch " + (m_directory / "opened").string() });
     ASSERT_EQ(set.exitCode, 0) << set.output;
     ASSERT_TRUE(eventually([&] {
         const quelm::WidgetSnapshot snapshot = store().readSnapshot();
@@ -246,7 +246,54 @@ TEST_F(QuelmdEndToEnd, PublishesTheSessionsAgentsReport)
 
     const ProgramResult opened = runProgram({ m_quelmd, "open", "quelm://session/e2e%20session%2F1" });
     EXPECT_EQ(opened.exitCode, 0) << opened.output;
+    EXPECT_TRUE(eventually([&] { return std::filesystem::exists(m_directory / "opened"); })) << "the session's --open command did not run";
 
     ASSERT_EQ(quelmctl({ "session", "end", "e2e session/1" }).exitCode, 0);
     ASSERT_TRUE(eventually([&] { return store().readSnapshot().sessions.empty(); }));
+}
+
+TEST_F(QuelmdEndToEnd, PublishesTheLanguageOfTheLocale)
+{
+    configure("");
+    {
+        const ScopedEnvironment english("LANG", "en_GB.UTF-8");
+        const ScopedEnvironment all("LC_ALL", std::nullopt);
+        const ScopedEnvironment messages("LC_MESSAGES", std::nullopt);
+        startQuelmd();
+    }
+    EXPECT_EQ(store().readSnapshot().language, "en");
+    stopQuelmd();
+    {
+        const ScopedEnvironment portuguese("LC_ALL", "pt_BR.UTF-8");
+        std::filesystem::remove(store().root() / "snapshot.json");
+        startQuelmd();
+    }
+    ASSERT_TRUE(eventually([&] { return store().readSnapshot().updatedAt != quelm::WidgetSnapshot::empty.updatedAt; }));
+    EXPECT_EQ(store().readSnapshot().language, std::nullopt);
+}
+
+TEST_F(QuelmdEndToEnd, TheOpenLinkStartsQuelmdAsTheUsersService)
+{
+    configure("");
+    // The installed unit, pointed at this build and this test's container.
+    const std::filesystem::path units = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / "systemd" / "user";
+    std::filesystem::create_directories(units);
+    writeFile(units / "quelmd.service",
+        "[Service]\nExecStart=" + m_quelmd + " --config " + configurationFile().string() + " --root " + store().root().string() + "\n");
+    ASSERT_EQ(runProgram({ "systemctl", "--user", "daemon-reload" }).exitCode, 0);
+    m_units.push_back("quelmd.service");
+
+    const ProgramResult first = runProgram({ m_quelmd, "open", "quelm://open" });
+    EXPECT_EQ(first.exitCode, 0) << first.output;
+    ASSERT_TRUE(eventually([&] { return unitProperty("quelmd.service", "ActiveState") == "active"; }));
+    ASSERT_TRUE(eventually([&] { return store().appStatus(quelm::Date::now()) == quelm::SharedStore::AppStatus::running; }));
+
+    const ProgramResult again = runProgram({ m_quelmd, "open", "quelm://open" });
+    EXPECT_EQ(again.exitCode, 0) << again.output;
+    EXPECT_NE(again.output.find("quelmd.service is running"), std::string::npos) << again.output;
+
+    const ProgramResult unknown = runProgram({ m_quelmd, "open", "quelm://nowhere" });
+    EXPECT_EQ(unknown.exitCode, 2) << unknown.output;
+    const ProgramResult silent = runProgram({ m_quelmd, "open", "quelm://session/never-reported" });
+    EXPECT_EQ(silent.exitCode, 1) << silent.output;
 }
