@@ -15,11 +15,11 @@ set_name=${1:-test}
 
 run_packages=(
   build-essential cmake ninja-build pkg-config git
-  nlohmann-json3-dev libsystemd-dev uuid-dev libicu-dev
+  nlohmann-json3-dev libsystemd-dev uuid-dev libicu-dev libtomlplusplus-dev
   qt6-base-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6svg6 libxcb1-dev
   libwayland-dev wayland-protocols qt6-wayland
   fonts-inter fonts-noto-color-emoji fonts-noto-cjk
-  dbus dbus-bin
+  dbus dbus-bin python3
   help2man
 )
 test_packages=(
@@ -27,7 +27,7 @@ test_packages=(
   xvfb xauth xdotool x11-utils
   sway grim
   clang libclang-rt-14-dev
-  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd
+  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd dbus-user-session util-linux curl
   strace
 )
 

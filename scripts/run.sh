@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds Quelm, and shows it working with `quelmctl demo` playing the
-# companion app. On a desktop: the widget itself, whose buttons start and stop the demo's items.
-# Without a display: every widget size drawn to out/ before and after a click on "postgres".
+# Installs what is missing, builds Quelm, and shows it working. With a systemd user manager, quelmd
+# is the companion app, with an example configuration: two small local web servers and a group of
+# both, run as user units. Without one, `quelmctl demo` plays the app with its sample items.
+# On a desktop: the widget itself, whose buttons start and stop them. Without a display: every
+# widget size drawn to out/ before and after a click (on the group, or on the demo's "postgres").
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -10,6 +12,7 @@ cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUELM_BUILD_TE
 cmake --build build/release -j "$(nproc)"
 
 quelmctl=$PWD/build/release/tools/quelmctl/quelmctl
+quelmd=$PWD/build/release/tools/quelmd/quelmd
 widget=$PWD/build/release/QuelmWidget/App/quelm-widget
 families=(small medium large extraLarge)
 
@@ -17,10 +20,15 @@ work=$(mktemp -d)
 demo_log=$work/demo.log
 demo_pid=""
 bus_pid=""
+example_units=()
 cleanup() {
   if [ -n "$demo_pid" ]; then
     kill -TERM "$demo_pid" 2>/dev/null || true
     wait "$demo_pid" 2>/dev/null || true
+  fi
+  # quelmd's services outlive it on purpose; the example's do not outlive the example.
+  if ((${#example_units[@]})); then
+    systemctl --user stop "${example_units[@]}" 2>/dev/null || true
   fi
   if [ -n "$bus_pid" ]; then
     kill -TERM "$bus_pid" 2>/dev/null || true
@@ -43,6 +51,65 @@ start_demo() {
   "$quelmctl" demo > >(tee -a "$demo_log") &
   demo_pid=$!
   wait_for_demo "demo: waiting for the widget's commands"
+}
+
+user_systemd_usable() {
+  command -v systemctl >/dev/null 2>&1 || return 1
+  case $(systemctl --user is-system-running 2>/dev/null) in
+    running|degraded) return 0 ;;
+    *) return 1 ;;
+  esac
+}
+
+free_port() {
+  python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'
+}
+
+# quelmd with the example: two web servers serving the work folder, and "Exemplo" grouping them.
+start_quelmd() {
+  local config=$work/services.toml first second
+  first=$(free_port)
+  second=$(free_port)
+  mkdir -p "$work/site"
+  echo "Quelm" > "$work/site/index.html"
+  cat > "$config" <<TOML
+[[service]]
+id = "exemplo-web"
+title = "web (exemplo)"
+command = ["python3", "-m", "http.server", "$first", "--bind", "127.0.0.1"]
+directory = "$work/site"
+
+[[service]]
+id = "exemplo-api"
+title = "api (exemplo)"
+command = "exec python3 -m http.server $second --bind 127.0.0.1"
+directory = "$work/site"
+
+[[group]]
+name = "Exemplo"
+members = ["exemplo-web", "exemplo-api"]
+TOML
+  example_units=(quelm-exemplo-web.service quelm-exemplo-api.service)
+  : > "$demo_log"
+  "$quelmd" --config "$config" 2> >(tee -a "$demo_log" >&2) &
+  demo_pid=$!
+  echo "Quelm: quelmd runs the example services of $config as user units (ports $first and $second)"
+  wait_for_status 'snapshot["items"] and all(not i["isRunning"] for i in snapshot["items"])'
+}
+
+# Waits until `quelmctl status --json` satisfies a Python condition on its "snapshot".
+wait_for_status() {
+  local condition=$1
+  for _ in $(seq 300); do
+    "$quelmctl" status --json 2>/dev/null | python3 -c "import json, sys; snapshot = json.load(sys.stdin)['snapshot']; sys.exit(0 if ($condition) else 1)" && return 0
+    if ! kill -0 "$demo_pid" 2>/dev/null; then
+      echo "run.sh: quelmd ended early" >&2
+      return 1
+    fi
+    sleep 0.1
+  done
+  echo "run.sh: quelmd did not show the example as expected within 30 s" >&2
+  return 1
 }
 
 wait_for_demo() {
@@ -69,9 +136,12 @@ display_usable() {
   fi
 }
 
+companion=demo
+user_systemd_usable && companion=quelmd
+
 if display_usable; then
   # The real app group container, as an installed app would use it.
-  start_demo
+  if [ "$companion" = quelmd ]; then start_quelmd; else start_demo; fi
   echo "Quelm: the widget is on the desktop (right-click it for its menu); close it or press Ctrl-C to end."
   status=0
   "$widget" || status=$?
@@ -87,7 +157,7 @@ if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
   export XDG_RUNTIME_DIR=$work/runtime
   mkdir -m 0700 "$XDG_RUNTIME_DIR"
 fi
-start_demo
+if [ "$companion" = quelmd ]; then start_quelmd; else start_demo; fi
 
 mkdir -p out
 render_all() {
@@ -97,9 +167,15 @@ render_all() {
   done
 }
 render_all before
-# What a click on the start button of the stopped "postgres" does.
-"$quelmctl" toggle c --start
-wait_for_demo "demo: c running"
+if [ "$companion" = quelmd ]; then
+  # What a click on the start button of the group does: both servers run, on their ports.
+  "$quelmctl" toggle group:exemplo --start
+  wait_for_status 'all(i["isRunning"] and "port" in i for i in snapshot["items"])'
+else
+  # What a click on the start button of the stopped "postgres" does.
+  "$quelmctl" toggle c --start
+  wait_for_demo "demo: c running"
+fi
 render_all after
 
 for stage in before after; do

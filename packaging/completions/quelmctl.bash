@@ -4,7 +4,7 @@ _quelmctl()
     local cur prev words cword
     _init_completion || return
 
-    local commands="publish heartbeat drain watch toggle status mark demo help"
+    local commands="publish heartbeat drain watch toggle status session mark demo help"
     local command="" i
     for ((i = 1; i < cword; i++)); do
         case ${words[i]} in
@@ -22,7 +22,13 @@ _quelmctl()
         --exec)
             COMPREPLY=($(compgen -c -- "$cur"))
             return ;;
-        --every | --size | --rect | --beat-every | --transition-seconds)
+        --state)
+            COMPREPLY=($(compgen -W "working needsApproval waitingForInput" -- "$cur"))
+            return ;;
+        --open)
+            COMPREPLY=($(compgen -c -- "$cur"))
+            return ;;
+        --every | --size | --rect | --beat-every | --transition-seconds | --title | --project)
             return ;;
     esac
 
@@ -37,6 +43,8 @@ _quelmctl()
         watch) options="--json --exec --root --help" ;;
         toggle) options="--start --stop --root --help" ;;
         status) options="--json --root --help" ;;
+        session) options="--title --project --state --open --help"
+            [[ $cur == -* || ${words[cword-1]} != session ]] || { COMPREPLY=($(compgen -W "set end" -- "$cur")); return; } ;;
         mark) options="--size --rect --json --svg --no-sphere --help" ;;
         demo) options="--beat-every --transition-seconds --root --help" ;;
         help) COMPREPLY=($(compgen -W "$commands" -- "$cur")); return ;;

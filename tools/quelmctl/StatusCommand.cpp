@@ -4,6 +4,9 @@
 #include "StoreLocation.h"
 #include "TimeFormat.h"
 
+#include <RuntimeFolder.h>
+#include <StatusReport.h>
+
 #include <quelm/SharedStore.h>
 #include <quelm/WireFormat.h>
 
@@ -20,14 +23,47 @@ struct Status {
     quelm::SharedStore::AppStatus appStatus;
     quelm::WidgetSnapshot snapshot;
     quelm::PendingCommands pending;
+    std::optional<quelmd::StatusReport> services; // quelmd's report, when quelmd publishes to this store
 };
 
 Status readStatus(const quelm::SharedStore& store)
 {
     const quelm::Date now = quelm::Date::now();
-    Status status { store.appStatus(now), store.readSnapshot(), {} };
+    Status status { store.appStatus(now), store.readSnapshot(), {}, std::nullopt };
     status.pending = store.pendingCommands(status.snapshot, now, pendingMaximumAge);
+    if (const std::optional<std::filesystem::path> runtime = quelmd::runtimeFolder())
+        if (std::optional<quelmd::StatusReport> report = quelmd::readStatusReport(*runtime); report && report->container == store.root().string())
+            status.services = std::move(report);
     return status;
+}
+
+nlohmann::ordered_json servicesJson(const quelmd::StatusReport& report)
+{
+    nlohmann::ordered_json services = nlohmann::ordered_json::array();
+    for (const quelmd::ServiceStatus& service : report.services) {
+        nlohmann::ordered_json entry { { "id", service.id }, { "unit", service.unit }, { "state", service.state } };
+        if (service.port)
+            entry["port"] = *service.port;
+        if (service.lastFailure)
+            entry["lastFailure"] = { { "at", service.lastFailure->at.secondsSince1970() }, { "reason", service.lastFailure->reason } };
+        services.push_back(std::move(entry));
+    }
+    return services;
+}
+
+void printServices(std::ostream& out, const quelmd::StatusReport& report)
+{
+    out << "Services (quelmd, " << report.configuration << "): " << report.services.size() << '\n';
+    if (report.configurationError)
+        out << "  configuration refused: " << *report.configurationError << '\n';
+    for (const quelmd::ServiceStatus& service : report.services) {
+        out << "  " << service.id << "  " << service.unit << "  " << service.state;
+        if (service.port)
+            out << "  port " << *service.port;
+        out << '\n';
+        if (service.lastFailure)
+            out << "    last failure " << iso8601(service.lastFailure->at) << ": " << service.lastFailure->reason << '\n';
+    }
 }
 
 void printJson(std::ostream& out, const Status& status)
@@ -35,11 +71,13 @@ void printJson(std::ostream& out, const Status& status)
     nlohmann::ordered_json pending = nlohmann::ordered_json::object();
     for (const auto& [id, command] : status.pending)
         pending[id] = std::string(quelm::rawValue(command.action));
-    const nlohmann::ordered_json document {
+    nlohmann::ordered_json document {
         { "appStatus", std::string(quelm::rawValue(status.appStatus)) },
         { "snapshot", nlohmann::ordered_json::parse(quelm::encode(status.snapshot)) },
         { "pending", pending },
     };
+    if (status.services)
+        document["services"] = servicesJson(*status.services);
     out << document.dump() << '\n';
 }
 
@@ -96,6 +134,8 @@ void printReadable(std::ostream& out, const Status& status)
     out << "Pending: " << status.pending.size() << '\n';
     for (const auto& [id, command] : status.pending)
         out << "  " << id << "  " << quelm::rawValue(command.action) << "  issued " << iso8601(command.issuedAt) << '\n';
+    if (status.services)
+        printServices(out, *status.services);
 }
 
 int runStatus(const Invocation& invocation)
@@ -118,12 +158,16 @@ const Command statusCommand {
 
 Shows what the widget would show now: whether the app runs (from the
 heartbeat), the published snapshot, and the items with a start or stop still
-pending (issued after the snapshot and less than 20 seconds ago).
+pending (issued after the snapshot and less than 20 seconds ago). When quelmd
+publishes to the store, also its services: unit, state, port and last failure.
 
   --json      print one JSON object:
               {"appStatus": "running"|"notRunning"|"noAccess",
                "snapshot": <the snapshot in its wire form>,
-               "pending": {"<item id>": "start"|"stop", ...}}
+               "pending": {"<item id>": "start"|"stop", ...},
+               "services": [{"id", "unit", "state", "port",
+                             "lastFailure": {"at", "reason"}}, ...]}
+              ("services" only when quelmd publishes to the store)
   --root DIR  use DIR as the store instead of the app group container
 
 Exit status: 0 success, 1 no container, 2 bad usage.

@@ -7,6 +7,7 @@
 #include "HeartbeatCommand.h"
 #include "MarkCommand.h"
 #include "PublishCommand.h"
+#include "SessionCommand.h"
 #include "StatusCommand.h"
 #include "ToggleCommand.h"
 #include "WatchCommand.h"
@@ -25,13 +26,14 @@ namespace {
 
 using namespace quelmctl;
 
-const std::array<const Command*, 8> commands {
+const std::array<const Command*, 9> commands {
     &publishCommand,
     &heartbeatCommand,
     &drainCommand,
     &watchCommand,
     &toggleCommand,
     &statusCommand,
+    &sessionCommand,
     &markCommand,
     &demoCommand,
 };

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include <sys/types.h>
+
+namespace quelmd {
+
+// The listening TCP sockets of a /proc/net/tcp or tcp6 table: socket inode → local port.
+std::map<std::uint64_t, std::uint16_t> parseListeningSockets(std::string_view table);
+
+// The socket inodes among a process's descriptors ("/proc/PID/fd" links "socket:[INODE]").
+std::set<std::uint64_t> socketInodes(const std::filesystem::path& descriptorFolder);
+
+// The processes of a cgroup and of every cgroup below it (their cgroup.procs files).
+std::set<pid_t> cgroupProcesses(const std::filesystem::path& cgroupFolder);
+
+// Where the unified cgroup hierarchy is mounted: /sys/fs/cgroup, or /sys/fs/cgroup/unified on a
+// hybrid system; nothing when neither is there.
+std::optional<std::filesystem::path> cgroupHierarchy(const std::filesystem::path& sysFsCgroup = "/sys/fs/cgroup");
+
+// The lowest TCP port that any process of the unit's cgroup (its ControlGroup property, as
+// "/app.slice/x.service") listens on, read from `proc` (normally "/proc"). Nothing when it
+// listens on none or the cgroup cannot be read.
+std::optional<std::uint16_t> lowestListeningPort(const std::filesystem::path& hierarchy, std::string_view controlGroup,
+    const std::filesystem::path& proc = "/proc");
+
+}
