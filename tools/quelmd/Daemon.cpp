@@ -194,12 +194,18 @@ void Daemon::readSessions()
 
 void Daemon::takeCommands()
 {
-    const std::vector<quelm::WidgetCommand> commands = m_inbox.take();
+    std::string problem;
+    const std::vector<quelm::ClaimedCommand> commands = m_inbox.take(&problem);
+    // Said once per new trouble: a queue that stays unreadable would otherwise fill the journal.
+    if (problem != m_inboxProblem && !problem.empty())
+        say(problem);
+    m_inboxProblem = problem;
     if (commands.empty())
         return;
-    for (const quelm::WidgetCommand& command : commands) {
-        m_companion->carryOut(command);
-        m_inbox.done(command);
+    for (const quelm::ClaimedCommand& claimed : commands) {
+        m_companion->carryOut(claimed.command);
+        if (!m_inbox.done(claimed, &problem))
+            say(problem);
     }
     // A newer snapshot is what ends the widget's pending marks: an answer is owed for every
     // batch, even when nothing moved (or the start was refused).

@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <string>
 
 namespace quelmd {
 
@@ -74,6 +75,7 @@ private:
     std::unique_ptr<SystemdManager> m_manager;
     std::unique_ptr<Companion> m_companion;
     CommandInbox m_inbox;
+    std::string m_inboxProblem; // the last trouble taking commands, said once
     std::optional<std::filesystem::path> m_cgroupHierarchy;
 
     int m_bell = -1; // eventfd the notification observer rings
