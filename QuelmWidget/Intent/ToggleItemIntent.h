@@ -35,9 +35,9 @@ struct ToggleItemIntent {
 
     // Both parameters unset, as the host first makes an intent.
     ToggleItemIntent() = default;
-    ToggleItemIntent(std::string itemID, bool start)
-        : itemID(std::move(itemID))
-        , start(start)
+    ToggleItemIntent(std::string item, bool starts)
+        : itemID(std::move(item))
+        , start(starts)
     {
     }
 

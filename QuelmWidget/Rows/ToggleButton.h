@@ -22,15 +22,15 @@ struct ToggleButton {
     bool busy = false;           // a change is under way
 
     ToggleButton() = default;
-    ToggleButton(std::string id, bool isRunning, bool appearsRunning, bool busy)
-        : id(std::move(id))
-        , isRunning(isRunning)
-        , appearsRunning(appearsRunning)
-        , busy(busy)
+    ToggleButton(std::string itemID, bool running, bool shownRunning, bool isBusy)
+        : id(std::move(itemID))
+        , isRunning(running)
+        , appearsRunning(shownRunning)
+        , busy(isBusy)
     {
     }
-    ToggleButton(std::string id, const RowState& state)
-        : ToggleButton(std::move(id), state.isRunning, state.appearsRunning, state.busy)
+    ToggleButton(std::string itemID, const RowState& state)
+        : ToggleButton(std::move(itemID), state.isRunning, state.appearsRunning, state.busy)
     {
     }
 

@@ -15,9 +15,9 @@ namespace quelm {
 
 namespace {
 
-constexpr std::int64_t minute = 60;
-constexpr std::int64_t hour = 60 * minute;
-constexpr std::int64_t day = 24 * hour;
+constexpr std::int64_t secondsPerMinute = 60;
+constexpr std::int64_t secondsPerHour = 60 * secondsPerMinute;
+constexpr std::int64_t secondsPerDay = 24 * secondsPerHour;
 
 std::int64_t elapsedSeconds(Date since, Date now)
 {
@@ -43,18 +43,18 @@ struct Amount {
 
 std::vector<Amount> amounts(std::int64_t elapsed)
 {
-    if (elapsed < minute)
+    if (elapsed < secondsPerMinute)
         return { { elapsed, Unit::second } };
-    if (elapsed < hour)
-        return { { elapsed / minute, Unit::minute } };
+    if (elapsed < secondsPerHour)
+        return { { elapsed / secondsPerMinute, Unit::minute } };
     std::vector<Amount> result;
-    if (elapsed < day) {
-        result.push_back({ elapsed / hour, Unit::hour });
-        if (const auto minutes = (elapsed % hour) / minute; minutes > 0)
+    if (elapsed < secondsPerDay) {
+        result.push_back({ elapsed / secondsPerHour, Unit::hour });
+        if (const auto minutes = (elapsed % secondsPerHour) / secondsPerMinute; minutes > 0)
             result.push_back({ minutes, Unit::minute });
     } else {
-        result.push_back({ elapsed / day, Unit::day });
-        if (const auto hours = (elapsed % day) / hour; hours > 0)
+        result.push_back({ elapsed / secondsPerDay, Unit::day });
+        if (const auto hours = (elapsed % secondsPerDay) / secondsPerHour; hours > 0)
             result.push_back({ hours, Unit::hour });
     }
     return result;
@@ -161,10 +161,10 @@ Date RelativeTime::nextChange(Date since, Date now)
 {
     const std::int64_t elapsed = elapsedSeconds(since, now);
     std::int64_t step = 1;
-    if (elapsed >= day)
-        step = hour;
-    else if (elapsed >= minute)
-        step = minute;
+    if (elapsed >= secondsPerDay)
+        step = secondsPerHour;
+    else if (elapsed >= secondsPerMinute)
+        step = secondsPerMinute;
     const std::int64_t next = (elapsed / step + 1) * step;
     return since.addingSeconds(static_cast<double>(next));
 }

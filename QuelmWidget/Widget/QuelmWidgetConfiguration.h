@@ -27,8 +27,8 @@ struct QuelmWidgetConfiguration {
     WidgetSortOrder sortOrder = defaultSortOrder;
 
     QuelmWidgetConfiguration() = default;
-    explicit QuelmWidgetConfiguration(WidgetSortOrder sortOrder)
-        : sortOrder(sortOrder)
+    explicit QuelmWidgetConfiguration(WidgetSortOrder order)
+        : sortOrder(order)
     {
     }
 

@@ -23,14 +23,14 @@ std::optional<WidgetItem::Transition> fromRawValue<WidgetItem::Transition>(std::
 
 std::size_t std::hash<quelm::WidgetItem>::operator()(const quelm::WidgetItem& item) const noexcept
 {
-    quelm::detail::HashBuilder hash;
-    hash.add(item.id).add(item.title).add(item.category).add(item.isRunning);
-    hash.add(item.transition.has_value());
+    quelm::detail::HashBuilder builder;
+    builder.add(item.id).add(item.title).add(item.category).add(item.isRunning);
+    builder.add(item.transition.has_value());
     if (item.transition)
-        hash.add(quelm::rawValue(*item.transition));
-    hash.add(item.port);
-    hash.add(item.startedAt.has_value());
+        builder.add(quelm::rawValue(*item.transition));
+    builder.add(item.port);
+    builder.add(item.startedAt.has_value());
     if (item.startedAt)
-        hash.add(item.startedAt->secondsSince1970());
-    return hash.result();
+        builder.add(item.startedAt->secondsSince1970());
+    return builder.result();
 }

@@ -96,7 +96,7 @@ std::optional<WidgetSession::State> fromRawValue<WidgetSession::State>(std::stri
 
 std::size_t std::hash<quelm::WidgetSession>::operator()(const quelm::WidgetSession& session) const noexcept
 {
-    quelm::detail::HashBuilder hash;
-    hash.add(session.id).add(session.title).add(session.project).add(quelm::rawValue(session.state));
-    return hash.result();
+    quelm::detail::HashBuilder builder;
+    builder.add(session.id).add(session.title).add(session.project).add(quelm::rawValue(session.state));
+    return builder.result();
 }

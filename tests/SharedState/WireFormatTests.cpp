@@ -87,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(Counts, GroupActiveFallback,
         GroupFallbackCase { R"("memberCount":3,"runningCount":2,"isActive":null)", false },
         GroupFallbackCase { R"("memberCount":3,"runningCount":0,"isActive":true)", true },
         GroupFallbackCase { R"("memberCount":3,"runningCount":3,"isActive":false)", false }),
-    [](const testing::TestParamInfo<GroupFallbackCase>& info) { return "Case" + std::to_string(info.index); });
+    [](const testing::TestParamInfo<GroupFallbackCase>& param) { return "Case" + std::to_string(param.index); });
 
 TEST(WireFormat, TransitionRawValueIsCaseSensitiveAndFailsTheWholeSnapshot)
 {

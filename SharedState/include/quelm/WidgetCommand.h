@@ -23,11 +23,11 @@ struct WidgetCommand {
     Date issuedAt;
 
     WidgetCommand() = default;
-    WidgetCommand(std::string itemID, Action action, Uuid id, Date issuedAt)
-        : id(id)
-        , itemID(std::move(itemID))
-        , action(action)
-        , issuedAt(issuedAt)
+    WidgetCommand(std::string forItem, Action requested, Uuid uuid, Date issued)
+        : id(uuid)
+        , itemID(std::move(forItem))
+        , action(requested)
+        , issuedAt(issued)
     {
     }
 

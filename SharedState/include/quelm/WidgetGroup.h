@@ -23,14 +23,14 @@ struct WidgetGroup {
     bool isActive = false;
 
     WidgetGroup() = default;
-    WidgetGroup(std::string id, std::string name, std::int64_t memberCount, std::int64_t runningCount,
-        bool isActive, std::optional<WidgetItem::Transition> transition = std::nullopt)
-        : id(std::move(id))
-        , name(std::move(name))
-        , memberCount(memberCount)
-        , runningCount(runningCount)
-        , transition(transition)
-        , isActive(isActive)
+    WidgetGroup(std::string groupID, std::string groupName, std::int64_t members, std::int64_t running,
+        bool active, std::optional<WidgetItem::Transition> change = std::nullopt)
+        : id(std::move(groupID))
+        , name(std::move(groupName))
+        , memberCount(members)
+        , runningCount(running)
+        , transition(change)
+        , isActive(active)
     {
     }
 
