@@ -20,6 +20,10 @@
 
 #include <locale.h>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace quelm::detail {
 
 // Not JSON, or nested too deeply: the cursor cannot go on.
@@ -356,19 +360,27 @@ private:
     {
         const char* begin = m_position + 1;
         const char* p = begin;
-        // Keys and most values are short: their quote is soonest found a byte at a time.
-        for (const char* shortEnd = m_end - p > 16 ? p + 16 : m_end; p != shortEnd; ++p) {
-            const auto c = static_cast<unsigned char>(*p);
-            if (c == '"') {
+#if defined(__SSE2__)
+        // Sixteen bytes at a time: the first quote, backslash, control character or byte outside
+        // ASCII (the last two both less than a space, taken as signed) ends the scan.
+        while (m_end - p >= 16) {
+            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+            const __m128i special = _mm_or_si128(
+                _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'))),
+                _mm_cmplt_epi8(bytes, _mm_set1_epi8(0x20)));
+            if (const int mask = _mm_movemask_epi8(special)) {
+                p += __builtin_ctz(static_cast<unsigned>(mask));
+                if (*p != '"')
+                    return false;
                 value = std::string_view(begin, static_cast<std::size_t>(p - begin));
                 m_position = p + 1;
                 return true;
             }
-            if (c == '\\' || c < 0x20 || c >= 0x80)
-                return false;
+            p += 16;
         }
-        // Then eight bytes at a time while none of them is a quote, a backslash, a control
-        // character or outside ASCII.
+#else
+        // Eight bytes at a time while none of them is a quote, a backslash, a control character
+        // or outside ASCII.
         constexpr std::uint64_t ones = 0x0101010101010101;
         constexpr std::uint64_t highBits = 0x8080808080808080;
         while (m_end - p >= 8) {
@@ -381,6 +393,7 @@ private:
                 break;
             p += 8;
         }
+#endif
         for (; p != m_end; ++p) {
             const auto c = static_cast<unsigned char>(*p);
             if (c == '"') {

@@ -205,8 +205,8 @@ public:
 
     Date date() const { return Date(number()); }
 
-    // The elements, each read by `read(cursor, path)`. `smallestElement` is the fewest bytes an
-    // element that reads can take, its comma included.
+    // The elements, each read by `read(cursor, path, record)` into a record made in place.
+    // `smallestElement` is the fewest bytes an element that reads can take, its comma included.
     template<class Record, class Read>
     std::vector<Record> array(Read read, std::size_t smallestElement) const
     {
@@ -219,7 +219,7 @@ public:
             records.reserve(m_cursor.remaining() / smallestElement + 1);
         m_cursor.beginArray();
         for (std::size_t index = 0; m_cursor.nextElement(index == 0); ++index)
-            records.push_back(read(m_cursor, JsonPath(m_path, index)));
+            read(m_cursor, JsonPath(m_path, index), records.emplace_back());
         return records;
     }
 
@@ -325,9 +325,8 @@ void readMembers(JsonCursor& cursor, const JsonPath& path, OnMember onMember)
     }
 }
 
-WidgetItem readItem(JsonCursor& cursor, const JsonPath& path)
+void readItem(JsonCursor& cursor, const JsonPath& path, WidgetItem& item)
 {
-    WidgetItem item;
     Member id, title, category, isRunning, transition, port, startedAt;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
@@ -359,14 +358,12 @@ WidgetItem readItem(JsonCursor& cursor, const JsonPath& path)
         item.port.reset();
     if (!startedAt.isPresent())
         item.startedAt.reset();
-    return item;
 }
 
-WidgetGroup readGroup(JsonCursor& cursor, const JsonPath& path)
+void readGroup(JsonCursor& cursor, const JsonPath& path, WidgetGroup& group)
 {
     constexpr auto minimum = std::numeric_limits<std::int64_t>::min();
     constexpr auto maximum = std::numeric_limits<std::int64_t>::max();
-    WidgetGroup group;
     Member id, name, memberCount, runningCount, transition, isActive;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
@@ -395,12 +392,10 @@ WidgetGroup readGroup(JsonCursor& cursor, const JsonPath& path)
     // Older writers left "isActive" out; by this fallback an empty group is never active.
     if (!isActive.isPresent())
         group.isActive = group.memberCount > 0 && group.runningCount == group.memberCount;
-    return group;
 }
 
-WidgetSession readSession(JsonCursor& cursor, const JsonPath& path)
+void readSession(JsonCursor& cursor, const JsonPath& path, WidgetSession& session)
 {
-    WidgetSession session;
     Member id, title, project, state;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
@@ -420,7 +415,15 @@ WidgetSession readSession(JsonCursor& cursor, const JsonPath& path)
     title.require(path, "title");
     project.require(path, "project");
     state.require(path, "state");
-    return session;
+}
+
+// A record read alone, as a whole document.
+template<class Record, void (*read)(JsonCursor&, const JsonPath&, Record&)>
+Record readRecord(JsonCursor& cursor, const JsonPath& path)
+{
+    Record record;
+    read(cursor, path, record);
+    return record;
 }
 
 WidgetSnapshot readSnapshot(JsonCursor& cursor, const JsonPath& path)
@@ -723,11 +726,11 @@ std::string encode(const WidgetCommand& record) { return detail::dump(detail::to
 std::string encode(const PendingCommands& record) { return detail::dump(detail::toJson(record)); }
 
 template<>
-WidgetItem decode<WidgetItem>(std::string_view text) { return detail::decodeDocument<WidgetItem>(text, detail::readItem); }
+WidgetItem decode<WidgetItem>(std::string_view text) { return detail::decodeDocument<WidgetItem>(text, detail::readRecord<WidgetItem, detail::readItem>); }
 template<>
-WidgetGroup decode<WidgetGroup>(std::string_view text) { return detail::decodeDocument<WidgetGroup>(text, detail::readGroup); }
+WidgetGroup decode<WidgetGroup>(std::string_view text) { return detail::decodeDocument<WidgetGroup>(text, detail::readRecord<WidgetGroup, detail::readGroup>); }
 template<>
-WidgetSession decode<WidgetSession>(std::string_view text) { return detail::decodeDocument<WidgetSession>(text, detail::readSession); }
+WidgetSession decode<WidgetSession>(std::string_view text) { return detail::decodeDocument<WidgetSession>(text, detail::readRecord<WidgetSession, detail::readSession>); }
 template<>
 WidgetSnapshot decode<WidgetSnapshot>(std::string_view text) { return detail::decodeDocument<WidgetSnapshot>(text, detail::readSnapshot); }
 template<>
