@@ -5,6 +5,7 @@
 // nowhere (status 1, and why) otherwise. Where sway cannot run, its tests are skipped and say so.
 
 #include "ChildWithOutput.h"
+#include "HeadlessSway.h"
 #include "TestSupport.h"
 #include "ViewTreeSearch.h"
 
@@ -18,6 +19,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <stdexcept>
 #include <optional>
 #include <string>
 #include <thread>
@@ -39,8 +42,6 @@ namespace {
 
 constexpr int screenWidth = 1024;
 constexpr int screenHeight = 768;
-// The user sway runs as when the tests run as root, which sway refuses.
-constexpr uid_t unprivileged = 65534;
 const std::string widgetID = "0C0FFEE0-0000-4000-8000-000000000001";
 
 std::string shellQuoted(const std::string& text)
@@ -118,35 +119,9 @@ class HeadlessSway : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        if (!onPath("sway"))
-            GTEST_SKIP() << "sway is not installed, so the host cannot be tried on a Wayland compositor here";
-        ::chmod(m_directory.path().c_str(), 0755);
-        const bool root = ::geteuid() == 0;
-        m_runtime = m_directory / "runtime";
-        fs::create_directory(m_runtime);
-        ::chmod(m_runtime.c_str(), 0700);
-        if (root && ::chown(m_runtime.c_str(), unprivileged, unprivileged) != 0)
-            GTEST_SKIP() << "cannot hand a runtime directory to an unprivileged user for sway";
-        writeFile(m_directory / "sway.conf", swayConfiguration());
-        ::chmod((m_directory / "sway.conf").c_str(), 0644);
-
-        std::vector<std::string> command { "env", "-i", "PATH=/usr/local/bin:/usr/bin:/bin", "HOME=" + m_directory.path().string(),
-            "XDG_RUNTIME_DIR=" + m_runtime.string(), "WLR_BACKENDS=headless", "WLR_RENDERER=pixman", "WLR_LIBINPUT_NO_DEVICES=1",
-            "WLR_HEADLESS_OUTPUTS=" + std::to_string(outputCount()) };
-        if (root)
-            command.insert(command.end(), { "setpriv", "--reuid=65534", "--regid=65534", "--clear-groups" });
-        command.insert(command.end(), { "sway", "--config", (m_directory / "sway.conf").string() });
-        m_sway.emplace(command, STDERR_FILENO);
-
-        const bool started = eventually([&] { return socketName().has_value() && ipcSocket().has_value(); });
-        if (!started) {
-            std::string log;
-            for (const auto& line : m_sway->lines())
-                log += line + "\n";
-            m_sway.reset();
-            GTEST_SKIP() << "sway cannot run here:\n" << log;
-        }
-
+        m_sway.emplace(m_directory.path(), swayConfiguration(), outputCount());
+        if (m_sway->problem())
+            GTEST_SKIP() << "the host cannot be tried on a Wayland compositor here: " << *m_sway->problem();
         m_config = m_directory / "config";
         m_data = m_directory / "data";
         fs::create_directories(m_config / "quelm");
@@ -159,32 +134,11 @@ protected:
         return "output HEADLESS-1 resolution " + std::to_string(screenWidth) + "x" + std::to_string(screenHeight) + " position 0 0\n";
     }
 
-    std::optional<std::string> socketName() const
-    {
-        std::error_code ignored;
-        for (const auto& entry : fs::directory_iterator(m_runtime, ignored)) {
-            const std::string name = entry.path().filename().string();
-            if (startsWith(name, "wayland-") && entry.path().extension() != ".lock")
-                return name;
-        }
-        return std::nullopt;
-    }
-
-    std::optional<std::string> ipcSocket() const
-    {
-        std::error_code ignored;
-        for (const auto& entry : fs::directory_iterator(m_runtime, ignored)) {
-            if (startsWith(entry.path().filename().string(), "sway-ipc."))
-                return entry.path().string();
-        }
-        return std::nullopt;
-    }
-
     // `env` arguments that run a program against this compositor and this test's files, with no
     // X server in sight.
     std::vector<std::string> environment() const
     {
-        return { "env", "-u", "DISPLAY", "-u", "QT_QPA_PLATFORM", "XDG_RUNTIME_DIR=" + m_runtime.string(), "WAYLAND_DISPLAY=" + *socketName(),
+        return { "env", "-u", "DISPLAY", "-u", "QT_QPA_PLATFORM", "XDG_RUNTIME_DIR=" + m_sway->runtimeDirectory().string(), "WAYLAND_DISPLAY=" + *m_sway->socketName(),
             "XDG_CONFIG_HOME=" + m_config.string(), "XDG_DATA_HOME=" + m_data.string(), "QUELM_HOST_TRACE=1" };
     }
 
@@ -232,11 +186,35 @@ protected:
         return m_host->waitForLine(wanted);
     }
 
-    // Steps of quelm-test-pointer, in the coordinates of the whole layout.
-    Finished pointer(std::vector<std::string> steps) const
+    // A pointer device on the compositor's seat for as long as the object lives, moved and
+    // pressed by quelm-test-pointer's steps in the coordinates of the whole layout.
+    class Pointer {
+    public:
+        explicit Pointer(const std::string& command)
+            : m_tool(::popen(command.c_str(), "we")) // not inherited, so that closing it ends the tool
+        {
+            if (!m_tool)
+                throw std::runtime_error("cannot start quelm-test-pointer");
+        }
+        ~Pointer() { ::pclose(m_tool); }
+        Pointer(const Pointer&) = delete;
+        Pointer& operator=(const Pointer&) = delete;
+
+        void operator()(const std::string& steps)
+        {
+            std::fputs((steps + "\n").c_str(), m_tool);
+            std::fflush(m_tool);
+        }
+
+    private:
+        FILE* m_tool;
+    };
+    std::unique_ptr<Pointer> pointer() const
     {
-        steps.insert(steps.begin(), { QUELM_TEST_POINTER_PROGRAM, std::to_string(layoutWidth()) + "x" + std::to_string(screenHeight) });
-        return run(with(steps));
+        std::string command;
+        for (const auto& argument : with({ QUELM_TEST_POINTER_PROGRAM, std::to_string(layoutWidth()) + "x" + std::to_string(screenHeight) }))
+            command += shellQuoted(argument) + " ";
+        return std::make_unique<Pointer>(command + ">/dev/null");
     }
     virtual int layoutWidth() const { return screenWidth; }
 
@@ -264,10 +242,9 @@ protected:
     }
 
     TemporaryDirectory m_directory;
-    fs::path m_runtime;
+    std::optional<quelm::test::HeadlessSway> m_sway;
     fs::path m_config;
     fs::path m_data;
-    std::optional<ChildWithOutput> m_sway;
     std::optional<ChildWithOutput> m_host;
 };
 
@@ -288,7 +265,7 @@ TEST_F(HeadlessSway, WidgetStandsAtItsSavedPlaceOnTheBottomLayerTakesClicksAndDr
     });
     ASSERT_TRUE(rendered) << "the widget never showed the running app";
     EXPECT_TRUE(eventually([&] { return showsWidgetAt(screenshot(), 200, 150, 364, 170); })) << "the screen does not show the widget at 200,150";
-    const Finished windows = run(with({ "swaymsg", "-s", *ipcSocket(), "-t", "get_tree" }));
+    const Finished windows = run(with({ "swaymsg", "-s", *m_sway->ipcSocket(), "-t", "get_tree" }));
     ASSERT_EQ(windows.status, 0) << windows.output;
     EXPECT_EQ(windows.output.find("\"app_id\": \""), std::string::npos) << "the widget is an ordinary window:\n" << windows.output;
 
@@ -298,9 +275,14 @@ TEST_F(HeadlessSway, WidgetStandsAtItsSavedPlaceOnTheBottomLayerTakesClicksAndDr
     const json& frame = button->at("frame");
     const int buttonX = 200 + static_cast<int>(frame["x"].get<double>() + frame["w"].get<double>() / 2);
     const int buttonY = 150 + static_cast<int>(frame["y"].get<double>() + frame["h"].get<double>() / 2);
-    const Finished clicked = pointer({ "move", "10", "10", "pause", "100", "move", std::to_string(buttonX), std::to_string(buttonY), "pause", "100",
-        "press", "pause", "50", "release", "pause", "100" });
-    ASSERT_EQ(clicked.status, 0) << clicked.output;
+    // The host hears of a new device on the seat before it is used, as it would of a plugged mouse.
+    const auto move = pointer();
+    ASSERT_TRUE(hostSays("seat pointer")) << "the host never got the seat's pointer";
+    (*move)("move 10 10");
+    (*move)("move " + std::to_string(buttonX) + " " + std::to_string(buttonY));
+    ASSERT_TRUE(hostSays("layer entered ")) << "the pointer never came over the widget";
+    (*move)("press");
+    (*move)("release");
     EXPECT_TRUE(hostSays("click " + widgetID + " toggle db start")) << "the host did not take the click";
     EXPECT_TRUE(eventually([&] {
         std::error_code ignored;
@@ -312,9 +294,8 @@ TEST_F(HeadlessSway, WidgetStandsAtItsSavedPlaceOnTheBottomLayerTakesClicksAndDr
     })) << "no command for the item in the container";
 
     // A drag from the glass (away from the button) moves it by as much as the pointer went.
-    const Finished dragged = pointer({ "move", "210", "160", "pause", "100", "press", "pause", "50", "move", "240", "180", "pause", "50",
-        "move", "280", "200", "pause", "50", "move", "320", "230", "pause", "100", "release", "pause", "100" });
-    ASSERT_EQ(dragged.status, 0) << dragged.output;
+    for (const std::string step : { "move 210 160", "press", "move 240 180", "move 280 200", "move 320 230", "release" })
+        (*move)(step);
     EXPECT_TRUE(hostSays("layer bottom 310 220 364 170")) << "the layer surface did not follow the drag";
     EXPECT_TRUE(eventually([&] { return savedPosition(widgetsFile()) == std::pair { 310, 220 }; }))
         << "widgets.json does not keep the new place:\n" << readFile(widgetsFile());
@@ -348,9 +329,12 @@ TEST_F(TwoHeadlessOutputs, WidgetStandsOnTheOutputItWasPlacedOnAndGoesOverToTheO
         << "the second output does not show the widget at its place";
 
     // Dragged across to the first output and dropped there.
-    const Finished dragged = pointer({ "move", "1110", "110", "pause", "100", "press", "pause", "50", "move", "900", "110", "pause", "50",
-        "move", "700", "110", "pause", "50", "move", "610", "110", "pause", "100", "release", "pause", "100" });
-    ASSERT_EQ(dragged.status, 0) << dragged.output;
+    const auto move = pointer();
+    ASSERT_TRUE(hostSays("seat pointer")) << "the host never got the seat's pointer";
+    (*move)("move 1110 110");
+    ASSERT_TRUE(hostSays("layer entered ")) << "the pointer never came over the widget";
+    for (const std::string step : { "press", "move 900 110", "move 700 110", "move 610 110", "release" })
+        (*move)(step);
     EXPECT_TRUE(hostSays("layer bottom 600 100 364 170 HEADLESS-1")) << "the widget did not go over to the first output";
     EXPECT_TRUE(eventually([&] { return savedPosition(widgetsFile()) == std::pair { 600, 100 }; }))
         << "widgets.json does not keep the new place:\n" << readFile(widgetsFile());

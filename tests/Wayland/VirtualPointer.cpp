@@ -2,8 +2,11 @@
 // quelm-test-pointer: a pointer device of its own on a Wayland compositor's seat, for the tests of
 // the desktop host under a compositor that has no input devices (headless sway).
 //   quelm-test-pointer WIDTHxHEIGHT STEP...
+//   quelm-test-pointer WIDTHxHEIGHT < lines of steps
 // WIDTHxHEIGHT is the layout's size in pixels; the steps run in order, each sent and confirmed by
-// the compositor before the next:
+// the compositor before the next. Without steps on the command line they are read from standard
+// input, a line at a time, and "done" is written after each line: the device then stays for as
+// long as the input does, so that its clients see it come only once.
 //   move X Y      the pointer goes to (X, Y) of the layout
 //   press|release the left button
 //   right         a click of the right button
@@ -21,6 +24,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -49,15 +55,46 @@ std::uint32_t milliseconds()
     return static_cast<std::uint32_t>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
 }
 
-std::uint32_t number(const char* text)
+std::uint32_t number(const std::string& text)
 {
     char* end = nullptr;
-    const unsigned long value = std::strtoul(text, &end, 10);
-    if (!end || *end || end == text) {
-        std::fprintf(stderr, "quelm-test-pointer: not a number: %s\n", text);
+    const unsigned long value = std::strtoul(text.c_str(), &end, 10);
+    if (!end || *end || text.empty()) {
+        std::fprintf(stderr, "quelm-test-pointer: not a number: %s\n", text.c_str());
         std::exit(2);
     }
     return static_cast<std::uint32_t>(value);
+}
+
+// Runs `steps`; 0, or the status to exit with.
+int perform(wl_display* display, zwlr_virtual_pointer_v1* pointer, const std::vector<std::string>& steps, unsigned width, unsigned height)
+{
+    for (std::size_t index = 0; index < steps.size(); ++index) {
+        const std::string& step = steps[index];
+        if (step == "move" && index + 2 < steps.size()) {
+            const std::uint32_t x = number(steps[++index]);
+            const std::uint32_t y = number(steps[++index]);
+            zwlr_virtual_pointer_v1_motion_absolute(pointer, milliseconds(), x, y, width, height);
+        } else if (step == "press" || step == "release") {
+            zwlr_virtual_pointer_v1_button(pointer, milliseconds(), BTN_LEFT, step == "press" ? WL_POINTER_BUTTON_STATE_PRESSED : WL_POINTER_BUTTON_STATE_RELEASED);
+        } else if (step == "right") {
+            zwlr_virtual_pointer_v1_button(pointer, milliseconds(), BTN_RIGHT, WL_POINTER_BUTTON_STATE_PRESSED);
+            zwlr_virtual_pointer_v1_frame(pointer);
+            zwlr_virtual_pointer_v1_button(pointer, milliseconds(), BTN_RIGHT, WL_POINTER_BUTTON_STATE_RELEASED);
+        } else if (step == "pause" && index + 1 < steps.size()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(number(steps[++index])));
+            continue;
+        } else {
+            std::fprintf(stderr, "quelm-test-pointer: unknown step: %s\n", step.c_str());
+            return 2;
+        }
+        zwlr_virtual_pointer_v1_frame(pointer);
+        if (wl_display_roundtrip(display) < 0) {
+            std::fprintf(stderr, "quelm-test-pointer: the compositor went away\n");
+            return 1;
+        }
+    }
+    return 0;
 }
 
 }
@@ -87,29 +124,18 @@ int main(int argc, char** argv)
     zwlr_virtual_pointer_v1* pointer = zwlr_virtual_pointer_manager_v1_create_virtual_pointer(globals.manager, globals.seat);
     wl_display_roundtrip(display);
 
-    for (int index = 2; index < argc; ++index) {
-        const std::string step = argv[index];
-        if (step == "move" && index + 2 < argc) {
-            const std::uint32_t x = number(argv[++index]);
-            const std::uint32_t y = number(argv[++index]);
-            zwlr_virtual_pointer_v1_motion_absolute(pointer, milliseconds(), x, y, width, height);
-        } else if (step == "press" || step == "release") {
-            zwlr_virtual_pointer_v1_button(pointer, milliseconds(), BTN_LEFT, step == "press" ? WL_POINTER_BUTTON_STATE_PRESSED : WL_POINTER_BUTTON_STATE_RELEASED);
-        } else if (step == "right") {
-            zwlr_virtual_pointer_v1_button(pointer, milliseconds(), BTN_RIGHT, WL_POINTER_BUTTON_STATE_PRESSED);
-            zwlr_virtual_pointer_v1_frame(pointer);
-            zwlr_virtual_pointer_v1_button(pointer, milliseconds(), BTN_RIGHT, WL_POINTER_BUTTON_STATE_RELEASED);
-        } else if (step == "pause" && index + 1 < argc) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(number(argv[++index])));
-            continue;
-        } else {
-            std::fprintf(stderr, "quelm-test-pointer: unknown step: %s\n", step.c_str());
-            return 2;
-        }
-        zwlr_virtual_pointer_v1_frame(pointer);
-        if (wl_display_roundtrip(display) < 0) {
-            std::fprintf(stderr, "quelm-test-pointer: the compositor went away\n");
-            return 1;
+    if (argc > 2) {
+        std::vector<std::string> steps(argv + 2, argv + argc);
+        if (const int status = perform(display, pointer, steps, width, height); status != 0)
+            return status;
+    } else {
+        std::string line;
+        while (std::getline(std::cin, line)) {
+            std::istringstream words(line);
+            std::vector<std::string> steps { std::istream_iterator<std::string>(words), std::istream_iterator<std::string>() };
+            if (const int status = perform(display, pointer, steps, width, height); status != 0)
+                return status;
+            std::cout << "done" << std::endl;
         }
     }
     zwlr_virtual_pointer_v1_destroy(pointer);

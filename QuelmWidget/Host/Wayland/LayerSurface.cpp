@@ -282,6 +282,10 @@ void LayerSurface::draw()
     wl_callback_add_listener(m_frame, &LayerSurfaceListeners::frameListener, this);
     wl_surface_commit(m_surface);
     m_display.flush();
+    if (!m_shownRender && m_window.rendered()) {
+        m_shownRender = true;
+        HostTrace::line(QStringLiteral("layer drawn %1 %2").arg(m_committedAt.x()).arg(m_committedAt.y()));
+    }
 }
 
 QPointF LayerSurface::globalPosition(QPointF local) const
@@ -298,6 +302,7 @@ QPointF LayerSurface::globalPosition(QPointF local) const
 void LayerSurface::pointerEntered(QPointF local)
 {
     m_pointer = local;
+    HostTrace::line(QStringLiteral("layer entered %1 %2").arg(local.x()).arg(local.y()));
 }
 
 void LayerSurface::pointerLeft()

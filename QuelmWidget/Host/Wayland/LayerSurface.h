@@ -73,6 +73,7 @@ private:
     zwlr_layer_surface_v1* m_layer = nullptr;
     bool m_configured = false;
     bool m_dirty = false;
+    bool m_shownRender = false; // a laid-out widget has reached the compositor once
     wl_callback* m_frame = nullptr;
     // Three, so that one is free while the compositor holds one shown and one on its way.
     std::array<std::unique_ptr<ShmBuffer>, 3> m_buffers;

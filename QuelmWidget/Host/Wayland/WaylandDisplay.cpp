@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Host/Wayland/WaylandDisplay.h"
 
+#include "Host/HostTrace.h"
+
 #include "relative-pointer-unstable-v1-client-protocol.h"
 #include "wlr-layer-shell-unstable-v1-client-protocol.h"
 #include "xdg-output-unstable-v1-client-protocol.h"
@@ -156,10 +158,8 @@ struct WaylandDisplayListeners {
         if (hasPointer && !self.m_pointer) {
             self.m_pointer = wl_seat_get_pointer(seat);
             wl_pointer_add_listener(self.m_pointer, &pointerListener, data);
-            if (self.m_relativePointers) {
-                self.m_relativePointer = zwp_relative_pointer_manager_v1_get_relative_pointer(self.m_relativePointers, self.m_pointer);
-                zwp_relative_pointer_v1_add_listener(self.m_relativePointer, &relativePointerListener, data);
-            }
+            self.flush();
+            HostTrace::line(QStringLiteral("seat pointer"));
         } else if (!hasPointer && self.m_pointer) {
             if (self.m_relativePointer) {
                 zwp_relative_pointer_v1_destroy(self.m_relativePointer);
@@ -176,10 +176,18 @@ struct WaylandDisplayListeners {
 
     static void seatName(void*, wl_seat*, const char*) { }
 
-    static void pointerEnter(void* data, wl_pointer*, std::uint32_t, wl_surface* surface, wl_fixed_t x, wl_fixed_t y)
+    static void pointerEnter(void* data, wl_pointer* pointer, std::uint32_t, wl_surface* surface, wl_fixed_t x, wl_fixed_t y)
     {
         WaylandDisplay& self = of(data);
         self.m_pointerSurface = surface;
+        // Asked for only now that the pointer is surely alive: a pointer whose device has gone
+        // already (a virtual one, quickly made and dropped) crashes some wlroots releases when
+        // asked for its relative pointer.
+        if (self.m_relativePointers && !self.m_relativePointer) {
+            self.m_relativePointer = zwp_relative_pointer_manager_v1_get_relative_pointer(self.m_relativePointers, pointer);
+            zwp_relative_pointer_v1_add_listener(self.m_relativePointer, &relativePointerListener, data);
+            self.flush();
+        }
         if (PointerTarget* target = self.targetOf(surface))
             target->pointerEntered(detail::point(x, y));
     }

@@ -83,7 +83,7 @@ public:
     const Output* outputAt(QPoint point) const;
     // Whether pointer targets hear pointerTravelled: surface coordinates cannot say how far a
     // drag went once the surface moves, as compositors differ in which position they count from.
-    bool tellsTravel() const { return m_relativePointers != nullptr; }
+    bool tellsTravel() const { return m_relativePointer != nullptr; }
 
     // Reads the compositor's events whenever they come, in the thread of the Qt event loop.
     void attachToEventLoop();
