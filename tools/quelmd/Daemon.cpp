@@ -152,10 +152,9 @@ void Daemon::loadConfiguration()
 {
     try {
         ServiceConfiguration configuration = loadServiceConfiguration(m_options.configuration, m_options.home);
-        const bool first = m_companion->configuration() == ServiceConfiguration {} && !m_published;
         m_companion->configure(std::move(configuration));
         m_companion->setConfigurationError(std::nullopt);
-        if (!first)
+        if (m_published)
             say("read " + m_options.configuration.string() + ": " + std::to_string(m_companion->configuration().services.size())
                 + " services, " + std::to_string(m_companion->configuration().groups.size()) + " groups");
     } catch (const ConfigurationError& error) {
