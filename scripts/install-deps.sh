@@ -25,7 +25,7 @@ test_packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth xdotool
   clang libclang-rt-14-dev
-  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd dbus-user-session util-linux curl
+  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd dbus-user-session util-linux curl procps
 )
 
 case $set_name in

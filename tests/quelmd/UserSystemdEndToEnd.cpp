@@ -141,6 +141,25 @@ TEST_F(QuelmdEndToEnd, StartsAndStopsAServiceAsTheWidgetAsksAndSeesItDie)
         << quelmctl({ "status" }).output;
 }
 
+TEST_F(QuelmdEndToEnd, AServiceStopsWithItsWholeProcessTree)
+{
+    const std::uint16_t port = freePort();
+    // A child the shell leaves behind, marked by an argument no other process has.
+    const std::string marker = std::to_string(1'000'000 + port);
+    m_units.push_back("quelm-e2e-tree.service");
+    configure("[[service]]\nid = \"e2e-tree\"\ntitle = \"tree\"\ncommand = \"sleep " + marker + " & exec python3 -m http.server "
+        + std::to_string(port) + " --bind 127.0.0.1\"\n");
+    startQuelmd();
+    toggle("e2e-tree", true);
+    ASSERT_TRUE(eventually([&] { return shows("e2e-tree", [&](const WidgetItem& i) { return running(i) && i.port == port; }); }));
+    ASSERT_EQ(runProgram({ "pgrep", "-f", "sleep " + marker }).exitCode, 0) << "the child never ran";
+
+    toggle("e2e-tree", false);
+    ASSERT_TRUE(eventually([&] { return shows("e2e-tree", stopped); }));
+    EXPECT_TRUE(eventually([&] { return runProgram({ "pgrep", "-f", "sleep " + marker }).exitCode == 1; }))
+        << "the service's child outlived it";
+}
+
 TEST_F(QuelmdEndToEnd, StartsAndStopsAnExistingUnit)
 {
     const std::uint16_t port = freePort();
