@@ -167,9 +167,12 @@ int main(int argc, char** argv)
     }
 
     std::vector<double> tapTimes;
+    std::vector<double> intentTimes; // the widget's own share: write the command, mark it, post
     for (int tap = 0; tap < taps + 3; ++tap) {
         const auto start = Clock::now();
         ToggleItemIntent("bench-tap", true).perform(store);
+        if (tap >= 3)
+            intentTimes.push_back(milliseconds(Clock::now() - start));
         if (!waiter.waitFor([](const WidgetSnapshot& snapshot) { return itemRunning(snapshot, "bench-tap", true); })) {
             std::printf("QuelmdBench: tap %d never showed running: %s\n", tap, encode(store.readSnapshot()).c_str());
             return 1;
@@ -203,6 +206,7 @@ int main(int argc, char** argv)
     const double tapP50 = percentile(tapTimes, 0.5), tapP95 = percentile(tapTimes, 0.95);
     const double ctlP50 = percentile(systemctlTimes, 0.5), ctlP95 = percentile(systemctlTimes, 0.95);
     std::printf("tap -> unit active -> snapshot   p50 %7.2f ms   p95 %7.2f ms   (%d taps)\n", tapP50, tapP95, taps);
+    std::printf("  of which the widget's intent    p50 %7.2f ms   p95 %7.2f ms\n", percentile(intentTimes, 0.5), percentile(intentTimes, 0.95));
     std::printf("systemctl --user start           p50 %7.2f ms   p95 %7.2f ms\n", ctlP50, ctlP95);
     std::printf("  target p50 <= %.2f ms: %s; target p95 <= %.2f ms: %s\n", 1.2 * ctlP50 + 5, tapP50 <= 1.2 * ctlP50 + 5 ? "met" : "MISSED",
         1.2 * ctlP95 + 5, tapP95 <= 1.2 * ctlP95 + 5 ? "met" : "MISSED");

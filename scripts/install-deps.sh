@@ -27,7 +27,7 @@ test_packages=(
   xvfb xauth xdotool x11-utils
   sway grim
   clang libclang-rt-14-dev
-  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd dbus-user-session util-linux curl
+  dpkg-dev file desktop-file-utils appstream man-db bash-completion zsh systemd dbus-user-session util-linux curl procps
   strace
 )
 

@@ -160,3 +160,11 @@ TEST(ServiceConfiguration, AMissingFileIsAnEmptyConfigurationAndAFolderIsAnError
     EXPECT_EQ(loadServiceConfiguration(folder / "services.toml", home).services.size(), 1u);
     std::filesystem::remove_all(folder);
 }
+
+TEST(ServiceConfiguration, ARelativeDirectoryIsTakenFromTheFilesFolder)
+{
+    const ServiceConfiguration configuration
+        = parse("[[service]]\ntitle = \"a\"\ncommand = \"x\"\ndirectory = \"../../code/a\"\n[[service]]\ntitle = \"b\"\ncommand = \"x\"\ndirectory = \"/srv/b\"\n");
+    EXPECT_EQ(configuration.services[0].directory, std::filesystem::path("/home/ana/code/a"));
+    EXPECT_EQ(configuration.services[1].directory, std::filesystem::path("/srv/b"));
+}

@@ -8,6 +8,8 @@
 #include "ChildWithOutput.h"
 #include "TestSupport.h"
 
+#include <SessionReport.h>
+
 #include <quelm/SharedStore.h>
 #include <quelm/WidgetSnapshot.h>
 
@@ -139,6 +141,49 @@ TEST_F(QuelmdEndToEnd, StartsAndStopsAServiceAsTheWidgetAsksAndSeesItDie)
         << quelmctl({ "status" }).output;
 }
 
+TEST_F(QuelmdEndToEnd, AServiceStopsWithItsWholeProcessTree)
+{
+    const std::uint16_t port = freePort();
+    // A child the shell leaves behind, marked by an argument no other process has.
+    const std::string marker = std::to_string(1'000'000 + port);
+    m_units.push_back("quelm-e2e-tree.service");
+    configure("[[service]]\nid = \"e2e-tree\"\ntitle = \"tree\"\ncommand = \"sleep " + marker + " & exec python3 -m http.server "
+        + std::to_string(port) + " --bind 127.0.0.1\"\n");
+    startQuelmd();
+    toggle("e2e-tree", true);
+    ASSERT_TRUE(eventually([&] { return shows("e2e-tree", [&](const WidgetItem& i) { return running(i) && i.port == port; }); }));
+    ASSERT_EQ(runProgram({ "pgrep", "-f", "sleep " + marker }).exitCode, 0) << "the child never ran";
+
+    toggle("e2e-tree", false);
+    ASSERT_TRUE(eventually([&] { return shows("e2e-tree", stopped); }));
+    EXPECT_TRUE(eventually([&] { return runProgram({ "pgrep", "-f", "sleep " + marker }).exitCode == 1; }))
+        << "the service's child outlived it";
+}
+
+TEST_F(QuelmdEndToEnd, StartsAndStopsAnExistingUnit)
+{
+    const std::uint16_t port = freePort();
+    const std::filesystem::path units = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / "systemd" / "user";
+    std::filesystem::create_directories(units);
+    writeFile(units / "e2e-existing.service",
+        "[Service]\nExecStart=/bin/sh -c 'exec python3 -m http.server " + std::to_string(port) + " --bind 127.0.0.1'\nEnvironment=PATH="
+            + std::getenv("PATH") + "\n");
+    ASSERT_EQ(runProgram({ "systemctl", "--user", "daemon-reload" }).exitCode, 0);
+    m_units.push_back("e2e-existing.service");
+    configure("[[service]]\ntitle = \"postgres\"\nunit = \"e2e-existing.service\"\n");
+    startQuelmd();
+    ASSERT_TRUE(eventually([&] { return shows("postgres", stopped); }));
+    EXPECT_EQ(item("postgres")->category, "server");
+
+    toggle("postgres", true);
+    ASSERT_TRUE(eventually([&] { return shows("postgres", [&](const WidgetItem& i) { return running(i) && i.port == port; }); }))
+        << quelm::encode(store().readSnapshot());
+    EXPECT_TRUE(answersHttp(port));
+    toggle("postgres", false);
+    ASSERT_TRUE(eventually([&] { return shows("postgres", stopped); }));
+    EXPECT_EQ(unitProperty("e2e-existing.service", "ActiveState"), "inactive");
+}
+
 TEST_F(QuelmdEndToEnd, AGroupStartsAndStopsEveryMember)
 {
     const std::uint16_t first = freePort();
@@ -249,6 +294,25 @@ TEST_F(QuelmdEndToEnd, PublishesTheSessionsAgentsReport)
     EXPECT_TRUE(eventually([&] { return std::filesystem::exists(m_directory / "opened"); })) << "the session's --open command did not run";
 
     ASSERT_EQ(quelmctl({ "session", "end", "e2e session/1" }).exitCode, 0);
+    ASSERT_TRUE(eventually([&] { return store().readSnapshot().sessions.empty(); }));
+}
+
+TEST_F(QuelmdEndToEnd, DropsASessionSilentForTwelveHours)
+{
+    const std::filesystem::path sessions = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / "quelm" / "sessions";
+    const quelm::Date now = quelm::Date::now();
+    quelmd::writeSessionReport(sessions,
+        { quelm::WidgetSession { "e2e-silent", "old", "p", quelm::WidgetSession::State::working }, std::nullopt, now.addingSeconds(-13 * 3600) });
+    quelmd::writeSessionReport(sessions,
+        { quelm::WidgetSession { "e2e-recent", "new", "p", quelm::WidgetSession::State::working }, std::nullopt, now.addingSeconds(-11 * 3600) });
+    configure("");
+    startQuelmd();
+    ASSERT_TRUE(eventually([&] {
+        const quelm::WidgetSnapshot snapshot = store().readSnapshot();
+        return snapshot.sessions.size() == 1 && snapshot.sessions[0].id == "e2e-recent";
+    })) << quelm::encode(store().readSnapshot());
+    EXPECT_FALSE(quelmd::readSessionReport(sessions, "e2e-silent").has_value());
+    quelmd::removeSessionReport(sessions, "e2e-recent");
     ASSERT_TRUE(eventually([&] { return store().readSnapshot().sessions.empty(); }));
 }
 

@@ -12,6 +12,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <csignal>
+
 namespace quelmctl {
 
 namespace {
@@ -53,7 +55,10 @@ nlohmann::ordered_json servicesJson(const quelmd::StatusReport& report)
 
 void printServices(std::ostream& out, const quelmd::StatusReport& report)
 {
-    out << "Services (quelmd, " << report.configuration << "): " << report.services.size() << '\n';
+    // The report outlives a quelmd that stopped: say so rather than pass old states off as now.
+    const bool quelmdRuns = report.pid > 0 && ::kill(static_cast<pid_t>(report.pid), 0) == 0;
+    out << "Services (quelmd, " << report.configuration << (quelmdRuns ? "" : "; quelmd is not running, as it last saw them")
+        << "): " << report.services.size() << '\n';
     if (report.configurationError)
         out << "  configuration refused: " << *report.configurationError << '\n';
     for (const quelmd::ServiceStatus& service : report.services) {

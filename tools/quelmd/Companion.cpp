@@ -82,33 +82,35 @@ void Companion::fail(const ServiceDefinition& service, const std::string& reason
     m_log(service.id + ": " + reason);
 }
 
-void Companion::carryOut(const quelm::WidgetCommand& command)
+bool Companion::carryOut(const quelm::WidgetCommand& command)
 {
-    if (const ServiceDefinition* service = m_configuration.service(command.itemID)) {
-        act(*service, command.action);
-        return;
-    }
+    if (const ServiceDefinition* service = m_configuration.service(command.itemID))
+        return act(*service, command.action);
     if (const GroupDefinition* group = m_configuration.group(command.itemID)) {
+        bool followed = true;
         for (const std::string& member : group->members)
             if (const ServiceDefinition* service = m_configuration.service(member))
-                act(*service, command.action);
-        return;
+                followed = act(*service, command.action) && followed;
+        return followed;
     }
     m_log(std::string(quelm::rawValue(command.action)) + ' ' + command.itemID + ": no such service or group; ignored");
+    return false;
 }
 
-void Companion::act(const ServiceDefinition& service, quelm::WidgetCommand::Action action)
+bool Companion::act(const ServiceDefinition& service, quelm::WidgetCommand::Action action)
 {
     const std::string unit = service.unitName();
+    const UnitState& state = m_units[unit];
+    const bool up = state.activeState == "active" || state.activeState == "activating" || state.activeState == "reloading";
+    // Nothing will change: no news will come from the manager.
+    if ((action == quelm::WidgetCommand::Action::start) == up && state.activeState != "deactivating")
+        return false;
     std::optional<std::string> refusal;
     if (action == quelm::WidgetCommand::Action::stop) {
         refusal = m_manager.stop(unit);
     } else if (service.unit) {
         refusal = m_manager.start(unit);
     } else {
-        const UnitState& state = m_units[unit];
-        if (state.activeState == "active" || state.activeState == "activating" || state.activeState == "reloading")
-            return;
         TransientService transient { unit, "Quelm: " + service.title, service.arguments, service.directory, service.environment };
         const char* path = std::getenv("PATH");
         transient.arguments.front() = resolveProgram(transient.arguments.front(), path ? path : "/usr/local/bin:/usr/bin:/bin");
@@ -120,6 +122,7 @@ void Companion::act(const ServiceDefinition& service, quelm::WidgetCommand::Acti
     }
     if (refusal)
         fail(service, (action == quelm::WidgetCommand::Action::start ? "start of " : "stop of ") + unit + " refused: " + *refusal);
+    return !refusal;
 }
 
 std::map<std::string, std::string> Companion::portCandidates() const

@@ -37,7 +37,8 @@ public:
     void unitChanged(const std::string& unit, const UnitState&);
 
     // Starts or stops the item, or every member of the group; unknown ids are logged and ignored.
-    void carryOut(const quelm::WidgetCommand&);
+    // True when the manager took every request that changes a unit: its news will follow.
+    bool carryOut(const quelm::WidgetCommand&);
 
     void setSessions(std::vector<SessionReport> sessions) { m_sessions = std::move(sessions); }
     void setLanguage(std::optional<std::string> language) { m_language = std::move(language); }
@@ -58,7 +59,7 @@ public:
     const ServiceDefinition* serviceOfUnit(const std::string& unit) const;
 
 private:
-    void act(const ServiceDefinition&, quelm::WidgetCommand::Action);
+    bool act(const ServiceDefinition&, quelm::WidgetCommand::Action);
     void fail(const ServiceDefinition&, const std::string& reason);
 
     ServiceManager& m_manager;

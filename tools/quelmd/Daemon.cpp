@@ -27,6 +27,8 @@ constexpr std::uint64_t seconds = 1000 * milliseconds;
 constexpr std::uint64_t beatInterval = 30 * seconds;
 // Editors write a file in several steps (truncate, write, rename): read it once they are done.
 constexpr std::uint64_t settleDelay = 50 * milliseconds;
+// The longest a taken command waits for the manager's news before it is answered anyway.
+constexpr std::uint64_t answerDelay = 500 * milliseconds;
 // A service listens some time after its unit is active: look again, less and less often.
 constexpr std::array<std::uint64_t, 10> portSearchDelays { 0, 50 * milliseconds, 100 * milliseconds, 200 * milliseconds,
     400 * milliseconds, 800 * milliseconds, 1600 * milliseconds, 3200 * milliseconds, 6400 * milliseconds, 12800 * milliseconds };
@@ -152,10 +154,9 @@ void Daemon::loadConfiguration()
 {
     try {
         ServiceConfiguration configuration = loadServiceConfiguration(m_options.configuration, m_options.home);
-        const bool first = m_companion->configuration() == ServiceConfiguration {} && !m_published;
         m_companion->configure(std::move(configuration));
         m_companion->setConfigurationError(std::nullopt);
-        if (!first)
+        if (m_published)
             say("read " + m_options.configuration.string() + ": " + std::to_string(m_companion->configuration().services.size())
                 + " services, " + std::to_string(m_companion->configuration().groups.size()) + " groups");
     } catch (const ConfigurationError& error) {
@@ -202,14 +203,21 @@ void Daemon::takeCommands()
     m_inboxProblem = problem;
     if (commands.empty())
         return;
+    bool newsFollows = true;
     for (const quelm::ClaimedCommand& claimed : commands) {
-        m_companion->carryOut(claimed.command);
+        newsFollows = m_companion->carryOut(claimed.command) && newsFollows;
         if (!m_inbox.done(claimed, &problem))
             say(problem);
     }
     // A newer snapshot is what ends the widget's pending marks: an answer is owed for every
-    // batch, even when nothing moved (or the start was refused).
-    schedulePublish(true);
+    // batch, even when nothing moved. A refusal or a command with nothing to do is answered at
+    // once; otherwise the manager's news of the units answers, with the snapshot that shows them
+    // running or stopped, and a timer makes sure the answer comes even if the news does not.
+    m_answerOwed = true;
+    if (!newsFollows)
+        schedulePublish(true);
+    else
+        scheduleOnce(m_answerTimer, detail::answerDelay, onAnswerDue);
 }
 
 void Daemon::beat()
@@ -363,6 +371,14 @@ int Daemon::onBeatDue(sd_event_source*, std::uint64_t, void* userdata)
                 daemon->schedulePublish(false);
     if (!daemon->m_sessionsWatch)
         daemon->readSessions();
+    return 0;
+}
+
+int Daemon::onAnswerDue(sd_event_source*, std::uint64_t, void* userdata)
+{
+    Daemon* daemon = static_cast<Daemon*>(userdata);
+    if (daemon->m_answerOwed)
+        daemon->schedulePublish(true);
     return 0;
 }
 

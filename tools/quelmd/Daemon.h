@@ -67,6 +67,7 @@ private:
     static int onSessionsDue(sd_event_source*, std::uint64_t, void* userdata);
     static int onBeatDue(sd_event_source*, std::uint64_t, void* userdata);
     static int onPublishDue(sd_event_source*, void* userdata);
+    static int onAnswerDue(sd_event_source*, std::uint64_t, void* userdata);
     static int onPortDue(sd_event_source*, std::uint64_t, void* userdata);
 
     DaemonOptions m_options;
@@ -88,6 +89,7 @@ private:
     EventSource m_sessionsTimer;
     EventSource m_beatTimer;
     EventSource m_publishSource;
+    EventSource m_answerTimer;
     std::map<std::string, std::unique_ptr<PortSearch>> m_portSearches;
 
     bool m_answerOwed = false;

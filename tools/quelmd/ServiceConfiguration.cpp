@@ -101,16 +101,18 @@ private:
     std::string m_path;
 };
 
-std::filesystem::path expandHome(const std::string& text, const std::filesystem::path& home)
+// "~" is the home folder; a relative folder is taken from the configuration file's.
+std::filesystem::path expandDirectory(const std::string& text, const std::filesystem::path& home, const std::filesystem::path& file)
 {
     if (text == "~")
         return home;
     if (text.starts_with("~/"))
         return home / text.substr(2);
-    return text;
+    const std::filesystem::path path(text);
+    return path.is_absolute() ? path : (file.parent_path() / path).lexically_normal();
 }
 
-ServiceDefinition readService(const TableReader& reader, const std::filesystem::path& home)
+ServiceDefinition readService(const TableReader& reader, const std::filesystem::path& home, const std::filesystem::path& file)
 {
     reader.allowOnly({ "id", "title", "command", "directory", "environment", "category", "port", "unit" });
     ServiceDefinition service;
@@ -156,7 +158,7 @@ ServiceDefinition readService(const TableReader& reader, const std::filesystem::
             reader.find("directory") ? "directory" : "environment", "applies only to a command, not to an existing unit");
 
     if (const std::optional<std::string> directory = reader.nonEmptyString("directory"))
-        service.directory = expandHome(*directory, home);
+        service.directory = expandDirectory(*directory, home, file);
 
     if (const toml::node* environment = reader.find("environment")) {
         const toml::table* table = environment->as_table();
@@ -289,7 +291,7 @@ ServiceConfiguration parseServiceConfiguration(std::string_view text, const std:
         for (const toml::node& node : *services) {
             ++index;
             const detail::TableReader reader(*node.as_table(), file, "service[" + std::to_string(index) + "]");
-            ServiceDefinition service = detail::readService(reader, home);
+            ServiceDefinition service = detail::readService(reader, home, file);
             if (!ids.insert(service.id).second)
                 reader.fail(reader.find("id") ? reader.find("id") : reader.find("title"), reader.find("id") ? "id" : "title",
                     "gives the id \"" + service.id + "\", which another service has");
