@@ -54,8 +54,8 @@ int runDesktopHost(int& argc, char** argv, const DesktopHostOptions& options, st
     if (!lock.tryLock(0)) {
         qint64 pid = 0;
         QString hostName;
-        QString application;
-        lock.getLockInfo(&pid, &hostName, &application);
+        QString holder;
+        lock.getLockInfo(&pid, &hostName, &holder);
         err << "quelm-widget: the desktop widgets are shown already";
         if (pid > 0)
             err << " (process " << pid << ")";
