@@ -8,9 +8,7 @@
 // the input) throws MalformedJson; so does nesting deeper than the cursor's limit.
 
 #include <array>
-#include <cerrno>
 #include <charconv>
-#include <clocale>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -261,7 +259,7 @@ public:
         }
     }
 
-    // The smallest number of bytes left, for sizing what will be read from them.
+    // The bytes left, for sizing what will be read from them.
     std::size_t remaining() const { return static_cast<std::size_t>(m_end - m_position); }
 
 private:
