@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/Notification.h>
 
-#include "NotificationListener.h"
+#include "NotificationSignal.h"
 
 #include <cstdlib>
 #include <mutex>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <functional>
@@ -7,7 +8,7 @@
 namespace quelm {
 
 namespace detail {
-class NotificationListener;
+class ObserverConnection;
 }
 
 // Calls `handler` on its own delivery thread each time `name` is posted, from construction until
@@ -32,7 +33,7 @@ public:
 private:
     std::string m_name;
     std::function<void()> m_handler;
-    std::unique_ptr<detail::NotificationListener> m_listener;
+    std::unique_ptr<detail::ObserverConnection> m_connection;
 };
 
 }

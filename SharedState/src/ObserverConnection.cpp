@@ -1,4 +1,7 @@
-#include "NotificationListener.h"
+// SPDX-License-Identifier: MIT
+#include "ObserverConnection.h"
+
+#include "NotificationSignal.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -12,22 +15,6 @@
 
 namespace quelm::detail {
 
-std::string notificationMatchRule(std::string_view name)
-{
-    std::string rule = "type='signal',interface='";
-    rule += notificationInterface;
-    rule += "',member='";
-    rule += notificationMember;
-    rule += "',arg0='";
-    for (char c : name) {
-        if (c == '\'')
-            rule += "'\\''";
-        else
-            rule += c;
-    }
-    rule += '\'';
-    return rule;
-}
 
 namespace {
 
@@ -48,20 +35,22 @@ int pollTimeout(sd_bus* bus)
 
 }
 
-NotificationListener::NotificationListener(std::string name, const std::function<void()>& handler)
+ObserverConnection::ObserverConnection(std::string name, const std::function<void()>& handler)
     : m_name(std::move(name))
     , m_handler(handler)
 {
     // A D-Bus string cannot hold a NUL byte, so no post can ever carry such a name.
     if (m_name.find('\0') != std::string::npos)
         return;
-    if (sd_bus_open_user(&m_bus) < 0) {
-        m_bus = nullptr;
+    m_bus = openUserBus();
+    if (!m_bus)
         return;
-    }
-    m_wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (m_wake < 0 || sd_bus_add_filter(m_bus, &m_filter, &NotificationListener::onMessage, this) < 0 || !subscribe()) {
-        release();
+    m_wake.reset(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    sd_bus_slot* filter = nullptr;
+    const bool added = m_wake && sd_bus_add_filter(m_bus.get(), &filter, &ObserverConnection::onMessage, this) >= 0;
+    m_filter.reset(filter);
+    if (!added || !subscribe()) {
+        closeQuietly();
         return;
     }
     try {
@@ -69,27 +58,26 @@ NotificationListener::NotificationListener(std::string name, const std::function
         m_thread = std::thread([this] { run(); });
     } catch (const std::system_error&) {
         m_listening.store(false, std::memory_order_release);
-        release();
+        closeQuietly();
     }
 }
 
-NotificationListener::~NotificationListener()
+ObserverConnection::~ObserverConnection()
 {
     if (m_thread.joinable()) {
         // From here on no delivery starts; one already running finishes before join returns.
         m_stopping.store(true, std::memory_order_release);
         const std::uint64_t one = 1;
-        while (::write(m_wake, &one, sizeof one) < 0 && errno == EINTR) {
+        while (::write(m_wake.get(), &one, sizeof one) < 0 && errno == EINTR) {
         }
         m_thread.join();
     }
-    release();
 }
 
 // The daemon's own AddMatch, called synchronously: its reply means the rule is in force, so a
 // post made after the constructor returns is routed here. (sd_bus_add_match would also parse the
 // rule itself, with a quoting that differs from the daemon's for names holding ' or \.)
-bool NotificationListener::subscribe()
+bool ObserverConnection::subscribe()
 {
     // The daemon refuses longer rules. For a name that long, take every Posted signal and leave
     // the choice to onMessage, which compares the name in any case.
@@ -98,15 +86,15 @@ bool NotificationListener::subscribe()
     if (rule.size() > longestRule)
         rule.resize(rule.find(",arg0="));
     sd_bus_error error = SD_BUS_ERROR_NULL;
-    const int result = sd_bus_call_method(m_bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+    const int result = sd_bus_call_method(m_bus.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
         "AddMatch", &error, nullptr, "s", rule.c_str());
     sd_bus_error_free(&error);
     return result >= 0;
 }
 
-int NotificationListener::onMessage(sd_bus_message* message, void* userdata, sd_bus_error*)
+int ObserverConnection::onMessage(sd_bus_message* message, void* userdata, sd_bus_error*)
 {
-    auto* self = static_cast<NotificationListener*>(userdata);
+    auto* self = static_cast<ObserverConnection*>(userdata);
     if (self->m_stopping.load(std::memory_order_acquire))
         return 0;
     if (sd_bus_message_is_signal(message, notificationInterface, notificationMember) <= 0)
@@ -124,12 +112,12 @@ int NotificationListener::onMessage(sd_bus_message* message, void* userdata, sd_
     return 0;
 }
 
-void NotificationListener::run()
+void ObserverConnection::run()
 {
     bool connected = true;
     for (;;) {
         while (connected) {
-            const int processed = sd_bus_process(m_bus, nullptr);
+            const int processed = sd_bus_process(m_bus.get(), nullptr);
             if (processed < 0) {
                 // The bus went away: nothing more can arrive; wait for the stop.
                 connected = false;
@@ -141,14 +129,14 @@ void NotificationListener::run()
                 return;
         }
         pollfd fds[2] = {
-            { m_wake, POLLIN, 0 },
-            { connected ? sd_bus_get_fd(m_bus) : -1, 0, 0 },
+            { m_wake.get(), POLLIN, 0 },
+            { connected ? sd_bus_get_fd(m_bus.get()) : -1, 0, 0 },
         };
         int timeout = -1;
         if (connected) {
-            const int events = sd_bus_get_events(m_bus);
+            const int events = sd_bus_get_events(m_bus.get());
             fds[1].events = short(events > 0 ? events : POLLIN);
-            timeout = pollTimeout(m_bus);
+            timeout = pollTimeout(m_bus.get());
         }
         if (::poll(fds, 2, timeout) < 0 && errno != EINTR)
             return;
@@ -157,15 +145,12 @@ void NotificationListener::run()
     }
 }
 
-void NotificationListener::release()
+// An observer that cannot listen holds nothing open: no connection, no descriptor.
+void ObserverConnection::closeQuietly()
 {
-    m_filter = sd_bus_slot_unref(m_filter);
-    if (m_bus)
-        m_bus = sd_bus_flush_close_unref(m_bus);
-    if (m_wake >= 0) {
-        ::close(m_wake);
-        m_wake = -1;
-    }
+    m_filter.reset();
+    m_bus.reset();
+    m_wake.reset();
 }
 
 }
