@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/WireFormat.h>
 
 #include "JsonCursor.h"
+#include "WireKeys.h"
 
 #include <nlohmann/json.hpp>
 
@@ -330,28 +332,28 @@ void readItem(JsonCursor& cursor, const JsonPath& path, WidgetItem& item)
     Member id, title, category, isRunning, transition, port, startedAt;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
-        if (is(key, "id"))
+        if (is(key, keys::id))
             id.read(cursor, at, [&](const ValueReader& r) { r.string(item.id); });
-        else if (is(key, "title"))
+        else if (is(key, keys::title))
             title.read(cursor, at, [&](const ValueReader& r) { r.string(item.title); });
-        else if (is(key, "category"))
+        else if (is(key, keys::category))
             category.read(cursor, at, [&](const ValueReader& r) { r.string(item.category); });
-        else if (is(key, "isRunning"))
+        else if (is(key, keys::isRunning))
             isRunning.read(cursor, at, [&](const ValueReader& r) { item.isRunning = r.boolean(); });
-        else if (is(key, "transition"))
+        else if (is(key, keys::transition))
             transition.read(cursor, at, [&](const ValueReader& r) { item.transition = r.enumeration<WidgetItem::Transition>(); });
-        else if (is(key, "port"))
+        else if (is(key, keys::port))
             port.read(cursor, at, [&](const ValueReader& r) { item.port = static_cast<std::uint16_t>(r.integer(0, 65535)); });
-        else if (is(key, "startedAt"))
+        else if (is(key, keys::startedAt))
             startedAt.read(cursor, at, [&](const ValueReader& r) { item.startedAt = r.date(); });
         else
             return false;
         return true;
     });
-    id.require(path, "id");
-    title.require(path, "title");
-    category.require(path, "category");
-    isRunning.require(path, "isRunning");
+    id.require(path, keys::id);
+    title.require(path, keys::title);
+    category.require(path, keys::category);
+    isRunning.require(path, keys::isRunning);
     if (!transition.isPresent())
         item.transition.reset();
     if (!port.isPresent())
@@ -367,26 +369,26 @@ void readGroup(JsonCursor& cursor, const JsonPath& path, WidgetGroup& group)
     Member id, name, memberCount, runningCount, transition, isActive;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
-        if (is(key, "id"))
+        if (is(key, keys::id))
             id.read(cursor, at, [&](const ValueReader& r) { r.string(group.id); });
-        else if (is(key, "name"))
+        else if (is(key, keys::name))
             name.read(cursor, at, [&](const ValueReader& r) { r.string(group.name); });
-        else if (is(key, "memberCount"))
+        else if (is(key, keys::memberCount))
             memberCount.read(cursor, at, [&](const ValueReader& r) { group.memberCount = r.integer(minimum, maximum); });
-        else if (is(key, "runningCount"))
+        else if (is(key, keys::runningCount))
             runningCount.read(cursor, at, [&](const ValueReader& r) { group.runningCount = r.integer(minimum, maximum); });
-        else if (is(key, "transition"))
+        else if (is(key, keys::transition))
             transition.read(cursor, at, [&](const ValueReader& r) { group.transition = r.enumeration<WidgetItem::Transition>(); });
-        else if (is(key, "isActive"))
+        else if (is(key, keys::isActive))
             isActive.read(cursor, at, [&](const ValueReader& r) { group.isActive = r.boolean(); });
         else
             return false;
         return true;
     });
-    id.require(path, "id");
-    name.require(path, "name");
-    memberCount.require(path, "memberCount");
-    runningCount.require(path, "runningCount");
+    id.require(path, keys::id);
+    name.require(path, keys::name);
+    memberCount.require(path, keys::memberCount);
+    runningCount.require(path, keys::runningCount);
     if (!transition.isPresent())
         group.transition.reset();
     // Older writers left "isActive" out; by this fallback an empty group is never active.
@@ -399,22 +401,22 @@ void readSession(JsonCursor& cursor, const JsonPath& path, WidgetSession& sessio
     Member id, title, project, state;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
-        if (is(key, "id"))
+        if (is(key, keys::id))
             id.read(cursor, at, [&](const ValueReader& r) { r.string(session.id); });
-        else if (is(key, "title"))
+        else if (is(key, keys::title))
             title.read(cursor, at, [&](const ValueReader& r) { r.string(session.title); });
-        else if (is(key, "project"))
+        else if (is(key, keys::project))
             project.read(cursor, at, [&](const ValueReader& r) { r.string(session.project); });
-        else if (is(key, "state"))
+        else if (is(key, keys::state))
             state.read(cursor, at, [&](const ValueReader& r) { session.state = r.enumeration<WidgetSession::State>(); });
         else
             return false;
         return true;
     });
-    id.require(path, "id");
-    title.require(path, "title");
-    project.require(path, "project");
-    state.require(path, "state");
+    id.require(path, keys::id);
+    title.require(path, keys::title);
+    project.require(path, keys::project);
+    state.require(path, keys::state);
 }
 
 // A record read alone, as a whole document.
@@ -432,26 +434,26 @@ WidgetSnapshot readSnapshot(JsonCursor& cursor, const JsonPath& path)
     Member items, groups, sessions, language, updatedAt;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
-        if (is(key, "items")) {
+        if (is(key, keys::items)) {
             // A repeated key's earlier value is let go before the next one is read.
             snapshot.items = {};
             items.read(cursor, at, [&](const ValueReader& r) { snapshot.items = r.array<WidgetItem>(readItem, smallestItem); });
-        } else if (is(key, "groups")) {
+        } else if (is(key, keys::groups)) {
             snapshot.groups = {};
             groups.read(cursor, at, [&](const ValueReader& r) { snapshot.groups = r.array<WidgetGroup>(readGroup, smallestGroup); });
-        } else if (is(key, "sessions")) {
+        } else if (is(key, keys::sessions)) {
             snapshot.sessions = {};
             sessions.read(cursor, at, [&](const ValueReader& r) { snapshot.sessions = r.array<WidgetSession>(readSession, smallestSession); });
-        } else if (is(key, "language")) {
+        } else if (is(key, keys::language)) {
             language.read(cursor, at, [&](const ValueReader& r) { snapshot.language = r.string(); });
-        } else if (is(key, "updatedAt")) {
+        } else if (is(key, keys::updatedAt)) {
             updatedAt.read(cursor, at, [&](const ValueReader& r) { snapshot.updatedAt = r.date(); });
         } else {
             return false;
         }
         return true;
     });
-    items.require(path, "items");
+    items.require(path, keys::items);
     // Deliberately more tolerant than "items": writers that know no groups or sessions omit them.
     if (!groups.isPresent())
         snapshot.groups.clear();
@@ -459,7 +461,7 @@ WidgetSnapshot readSnapshot(JsonCursor& cursor, const JsonPath& path)
         snapshot.sessions.clear();
     if (!language.isPresent())
         snapshot.language.reset();
-    updatedAt.require(path, "updatedAt");
+    updatedAt.require(path, keys::updatedAt);
     return snapshot;
 }
 
@@ -469,28 +471,28 @@ WidgetCommand readCommand(JsonCursor& cursor, const JsonPath& path)
     Member id, itemID, action, issuedAt;
     readMembers(cursor, path, [&](std::string_view key) {
         const JsonPath at(path, key);
-        if (is(key, "id")) {
+        if (is(key, keys::id)) {
             id.read(cursor, at, [&](const ValueReader& r) {
                 auto uuid = Uuid::parse(r.string());
                 if (!uuid)
                     r.fail("not a UUID");
                 command.id = *uuid;
             });
-        } else if (is(key, "itemID")) {
+        } else if (is(key, keys::itemID)) {
             itemID.read(cursor, at, [&](const ValueReader& r) { r.string(command.itemID); });
-        } else if (is(key, "action")) {
+        } else if (is(key, keys::action)) {
             action.read(cursor, at, [&](const ValueReader& r) { command.action = r.enumeration<WidgetCommand::Action>(); });
-        } else if (is(key, "issuedAt")) {
+        } else if (is(key, keys::issuedAt)) {
             issuedAt.read(cursor, at, [&](const ValueReader& r) { command.issuedAt = r.date(); });
         } else {
             return false;
         }
         return true;
     });
-    id.require(path, "id");
-    itemID.require(path, "itemID");
-    action.require(path, "action");
-    issuedAt.require(path, "issuedAt");
+    id.require(path, keys::id);
+    itemID.require(path, keys::itemID);
+    action.require(path, keys::action);
+    issuedAt.require(path, keys::issuedAt);
     return command;
 }
 
@@ -561,39 +563,39 @@ double dateValue(Date date)
 OrderedJson toJson(const WidgetItem& item)
 {
     OrderedJson json;
-    json["id"] = item.id;
-    json["title"] = item.title;
-    json["category"] = item.category;
-    json["isRunning"] = item.isRunning;
+    json[keys::id] = item.id;
+    json[keys::title] = item.title;
+    json[keys::category] = item.category;
+    json[keys::isRunning] = item.isRunning;
     if (item.transition)
-        json["transition"] = rawValue(*item.transition);
+        json[keys::transition] = rawValue(*item.transition);
     if (item.port)
-        json["port"] = *item.port;
+        json[keys::port] = *item.port;
     if (item.startedAt)
-        json["startedAt"] = dateValue(*item.startedAt);
+        json[keys::startedAt] = dateValue(*item.startedAt);
     return json;
 }
 
 OrderedJson toJson(const WidgetGroup& group)
 {
     OrderedJson json;
-    json["id"] = group.id;
-    json["name"] = group.name;
-    json["memberCount"] = group.memberCount;
-    json["runningCount"] = group.runningCount;
+    json[keys::id] = group.id;
+    json[keys::name] = group.name;
+    json[keys::memberCount] = group.memberCount;
+    json[keys::runningCount] = group.runningCount;
     if (group.transition)
-        json["transition"] = rawValue(*group.transition);
-    json["isActive"] = group.isActive;
+        json[keys::transition] = rawValue(*group.transition);
+    json[keys::isActive] = group.isActive;
     return json;
 }
 
 OrderedJson toJson(const WidgetSession& session)
 {
     OrderedJson json;
-    json["id"] = session.id;
-    json["title"] = session.title;
-    json["project"] = session.project;
-    json["state"] = rawValue(session.state);
+    json[keys::id] = session.id;
+    json[keys::title] = session.title;
+    json[keys::project] = session.project;
+    json[keys::state] = rawValue(session.state);
     return json;
 }
 
@@ -609,22 +611,22 @@ OrderedJson arrayJson(const std::vector<Record>& records)
 OrderedJson toJson(const WidgetSnapshot& snapshot)
 {
     OrderedJson json;
-    json["items"] = arrayJson(snapshot.items);
-    json["groups"] = arrayJson(snapshot.groups);
-    json["sessions"] = arrayJson(snapshot.sessions);
+    json[keys::items] = arrayJson(snapshot.items);
+    json[keys::groups] = arrayJson(snapshot.groups);
+    json[keys::sessions] = arrayJson(snapshot.sessions);
     if (snapshot.language)
-        json["language"] = *snapshot.language;
-    json["updatedAt"] = dateValue(snapshot.updatedAt);
+        json[keys::language] = *snapshot.language;
+    json[keys::updatedAt] = dateValue(snapshot.updatedAt);
     return json;
 }
 
 OrderedJson toJson(const WidgetCommand& command)
 {
     OrderedJson json;
-    json["id"] = command.id.string();
-    json["itemID"] = command.itemID;
-    json["action"] = rawValue(command.action);
-    json["issuedAt"] = dateValue(command.issuedAt);
+    json[keys::id] = command.id.string();
+    json[keys::itemID] = command.itemID;
+    json[keys::action] = rawValue(command.action);
+    json[keys::issuedAt] = dateValue(command.issuedAt);
     return json;
 }
 
