@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "Host/DesktopHostMain.h"
 
 #include "Host/DesktopHost.h"
 #include "Host/HostDisplay.h"
 #include "Host/HostTexts.h"
 #include "Host/InstanceStore.h"
+#include "Timeline/SnapshotCache.h"
 #include "Widget/QuelmWidgetBundle.h"
 
 #include "Host/ApplicationIcon.h"
@@ -15,6 +17,7 @@
 
 #include <cstdlib>
 #include <malloc.h>
+#include <memory>
 #include <ostream>
 
 namespace quelm::host {
@@ -63,7 +66,10 @@ int runDesktopHost(int& argc, char** argv, const DesktopHostOptions& options, st
         return EXIT_FAILURE;
     }
 
-    const QuelmWidgetBundle bundle;
+    // Every widget's timelines read the snapshot through one cache, so that a heartbeat or a
+    // click decodes nothing that has not changed.
+    auto snapshots = std::make_shared<SnapshotCache>();
+    const QuelmWidgetBundle bundle(TimelineProvider(&Date::now, [snapshots](const SharedStore& store) { return snapshots->read(store); }));
     DesktopHost host(bundle, InstanceStore(*filePath));
     QObject::connect(&host, &DesktopHost::emptied, &application, &QCoreApplication::quit, Qt::QueuedConnection);
     QObject::connect(&host, &DesktopHost::quitRequested, &application, &QCoreApplication::quit, Qt::QueuedConnection);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Timeline/TimelineProvider.h"
 
 #include <quelm/SharedConstants.h>
@@ -7,8 +8,9 @@
 
 namespace quelm {
 
-TimelineProvider::TimelineProvider(Clock clock)
+TimelineProvider::TimelineProvider(Clock clock, SnapshotReader readSnapshot)
     : m_clock(clock ? std::move(clock) : Clock(&Date::now))
+    , m_readSnapshot(std::move(readSnapshot))
 {
 }
 
@@ -25,7 +27,7 @@ TimelineEntry TimelineProvider::load() const
     }
 
     TimelineEntry entry;
-    entry.snapshot = store->readSnapshot();
+    entry.snapshot = m_readSnapshot ? m_readSnapshot(*store) : store->readSnapshot();
     entry.date = m_clock();
     for (const auto& [itemID, command] : store->pendingCommands(entry.snapshot, m_clock(), maximumPendingAge))
         entry.pending.emplace_hint(entry.pending.end(), itemID, command.action);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "Timeline/TimelineEntry.h"
@@ -6,6 +7,8 @@
 #include "Timeline/TimelineContext.h"
 
 #include <quelm/Date.h>
+#include <quelm/SharedStore.h>
+#include <quelm/WidgetSnapshot.h>
 
 #include <functional>
 
@@ -13,11 +16,14 @@ namespace quelm {
 
 // Answers the host's three questions — placeholder, snapshot, timeline — from the app group's
 // container. Keeps nothing between calls (every call reads the container afresh) and never
-// reports an error: an unreachable container gives the `noAccess` entry. The clock is the only
-// thing it holds, so that tests can fix the time.
+// reports an error: an unreachable container gives the `noAccess` entry. It holds only the clock,
+// so that tests can fix the time, and the way to read the snapshot, so that a host can read it
+// only when it changed (SnapshotCache).
 class TimelineProvider {
 public:
     using Clock = std::function<Date()>;
+    // How the live entry's snapshot is read; none reads "snapshot.json" afresh every time.
+    using SnapshotReader = std::function<WidgetSnapshot(const SharedStore&)>;
 
     // A pending command older than this is no longer shown as pending.
     static constexpr double maximumPendingAge = 20;
@@ -26,7 +32,7 @@ public:
     // Every timeline asks to be reloaded after this many seconds.
     static constexpr double refreshInterval = 1800;
 
-    explicit TimelineProvider(Clock clock = &Date::now);
+    explicit TimelineProvider(Clock clock = &Date::now, SnapshotReader readSnapshot = {});
 
     // `TimelineEntry::sample()`, unchanged (sort order `category`).
     TimelineEntry placeholder(const TimelineContext&) const;
@@ -40,6 +46,7 @@ private:
     TimelineEntry load() const;
 
     Clock m_clock;
+    SnapshotReader m_readSnapshot;
 };
 
 }
