@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/QuelmWidgetView.h"
 
 #include "Views/GlassView.h"
@@ -40,7 +41,7 @@ Size QuelmWidgetView::size(WidgetFamily family)
     return { size.width, size.height };
 }
 
-ViewNode QuelmWidgetView::body() const
+ViewNode QuelmWidgetView::tree() const
 {
     return GlassView::node(m_entry.snapshot, content());
 }

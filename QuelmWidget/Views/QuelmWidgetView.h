@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "Timeline/TimelineEntry.h"
@@ -14,7 +15,7 @@ namespace quelm::views {
 
 // The whole widget for one entry and family: the glass, and on it what the app's status and the
 // family call for — a message, or the header over the family's sessions, groups and items. Build
-// `body()`, then lay it out in the family's size (WidgetRenderer does both).
+// `tree()`, then lay it out in the family's size (WidgetRenderer does both).
 class QuelmWidgetView {
 public:
     QuelmWidgetView(WidgetFamily family, const TimelineEntry& entry, const ViewContext& context);
@@ -22,7 +23,7 @@ public:
     // The size of a family in points.
     static Size size(WidgetFamily);
 
-    ViewNode body() const;
+    ViewNode tree() const;
     ViewNode content() const;
 
     // A centred notice: the mark (tertiary, no sphere), the title and the optional subtitle.

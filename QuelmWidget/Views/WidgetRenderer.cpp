@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/WidgetRenderer.h"
 
 #include "Views/DevicePixels.h"
@@ -27,7 +28,7 @@ RenderedWidget renderWidget(const TimelineEntry& given, WidgetFamily family, con
     rendered.family = family;
     rendered.appStatus = entry.appStatus;
     rendered.size = QuelmWidgetView::size(family);
-    rendered.root = QuelmWidgetView(family, entry, context).body();
+    rendered.root = QuelmWidgetView(family, entry, context).tree();
     LayoutEngine().layout(rendered.root, { 0, 0, rendered.size.width, rendered.size.height });
     return rendered;
 }
