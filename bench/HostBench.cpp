@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The desktop host measured from outside, as a user meets it: four widgets (one of each family)
 // on an X display of the benchmark's own, fed through the container by quelmctl.
 //   clickToPendingRepaint  click on a start button → first repaint showing it busy, as the host

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // WidgetLayout of a 1,000-item snapshot for each family and sort order. Target: ≤ 2 ms each.
 
 #include "Widget/WidgetFamily.h"

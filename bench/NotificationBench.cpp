@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Latency of a notification from post() in one process to the handler in another, over the
 // session bus: the path a tap takes from the widget to the app.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rendering one widget, warm: build the view tree of the sample entry, lay it out and paint it at
 // scale 2 into an image, as the host does for every timeline entry.
 

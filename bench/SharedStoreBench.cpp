@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store's reads and the app's drain, each beside the bare work it is built on: readSnapshot
 // against reading the same file's bytes, and against reading them and parsing them into the same
 // records with simdjson's on-demand parser; drainCommands against a readdir + read + unlink loop

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The provider's timeline on a container holding a 5-item snapshot, a heartbeat and a pending
 // mark, against a bare read of the same three files (the floor the provider builds on).
 // Target: timeline ≤ 100 µs.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store's readers over a container whose every file holds the fuzzer's bytes: each must
 // degrade to its neutral result exactly when the bytes do not decode, and agree with the decoder
 // when they do.

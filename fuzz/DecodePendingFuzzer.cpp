@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FuzzSupport.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FuzzSupport.h"
 
 // The snapshot and, on the same input, each record it is made of: a record can be decoded alone.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // What every decoding fuzzer checks: a document either fails with DecodingError or decodes to a

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds the libFuzzer targets with clang and runs each for SECONDS (default 60), two at a time.
 # Fails when any target finds a crash, a leak, a sanitizer report or a broken round trip; the
 # input that did it is kept as build/fuzz/artifacts/<target>/crash-*.

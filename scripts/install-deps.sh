@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs what Quelm needs on Debian 12. Safe to run again.
 #   scripts/install-deps.sh run     what building and running needs (scripts/run.sh)
 #   scripts/install-deps.sh test    that, plus what the tests, benchmarks, fuzzers and the package

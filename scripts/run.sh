@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs what is missing, builds Quelm, and shows it working. With a systemd user manager, quelmd
 # is the companion app, with an example configuration: two small local web servers and a group of
 # both, run as user units. Without one, `quelmctl demo` plays the app with its sample items.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The long runs behind docs/RELIABILITY.md: the crash-consistency kills, the multi-process
 # command stress, the killed and concurrent consumers and the concurrent marks at full strength
 # (CI runs them smaller). Prints the figures each run reports.

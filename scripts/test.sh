@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs what is missing, builds with warnings as errors, runs every test twice (once in a
 # plain build, once under AddressSanitizer and UndefinedBehaviorSanitizer), then each fuzzer for a
 # minute. Suites that need a session bus or a display get their own, private ones.

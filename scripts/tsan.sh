@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds everything with ThreadSanitizer and runs the whole suite, like scripts/test.sh does for
 # the plain and the ASan+UBSan builds. Kept apart from CI, which has no time left for a third
 # build. Extra arguments go to ctest, e.g. scripts/tsan.sh -R 'SharedStore|CommandStress'.

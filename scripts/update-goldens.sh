@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Regenerates the golden view trees and images in tests/golden/ from the sample entry, with the
 # clock and locale the view tests use. Look at every image before keeping them.
 #   scripts/update-goldens.sh [BUILD_DIR]     (default build/goldens)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // quelm-widget host (and quelm-widget alone): the desktop host.
 
 #include "Arguments.h"

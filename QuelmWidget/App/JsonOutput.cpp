@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "App/JsonOutput.h"
 
 #include <quelm/SharedStore.h>

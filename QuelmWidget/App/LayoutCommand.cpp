@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // quelm-widget layout: which sessions, groups and items a family shows, as JSON.
 
 #include "Arguments.h"

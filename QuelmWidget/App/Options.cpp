@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "App/Options.h"
 
 #include "CommandErrors.h"

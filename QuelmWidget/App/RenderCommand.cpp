@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // quelm-widget render: one family drawn headless, to PNG or as its laid-out view tree.
 
 #include "App/RenderCommand.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "App/SnapshotFile.h"
 
 #include "App/Command.h"

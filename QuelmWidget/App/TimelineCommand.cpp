@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // quelm-widget timeline: the provider's answer for the live container, as JSON.
 
 #include "Arguments.h"

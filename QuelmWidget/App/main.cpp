@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // quelm-widget: the widget's program. Dispatches to one subcommand per file; add a subcommand by
 // defining its `Command` and listing it in `commands` below.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/ClickAction.h"
 
 namespace quelm::host {

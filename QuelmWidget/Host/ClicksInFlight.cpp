@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/ClicksInFlight.h"
 
 namespace quelm::host {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/ContainerWatcher.h"
 
 #include <QDir>

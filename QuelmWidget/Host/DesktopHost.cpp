@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/DesktopHost.h"
 
 #include "Host/ApplicationIcon.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/IntentRunner.h"
 
 #include <QFutureWatcher>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/PlacedWidget.h"
 
 #include "Host/HostTexts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/RelativeTimeRefresh.h"
 
 #include "Text/RelativeTime.h"

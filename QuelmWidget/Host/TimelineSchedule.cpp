@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/TimelineSchedule.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/WidgetInstance.h"
 
 #include <quelm/Uuid.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Intent/ToggleItemIntent.h"
 
 #include <quelm/Notification.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Layout/ItemColumns.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Layout/TitleCollator.h"
 
 #include <unicode/coll.h>

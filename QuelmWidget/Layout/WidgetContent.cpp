@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Layout/WidgetContent.h"
 
 #include "Widget/AppAddress.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Layout/WidgetLayout.h"
 
 #include "Layout/TitleCollator.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Look/Color.h"
 
 #include <array>

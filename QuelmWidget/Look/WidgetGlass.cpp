@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Look/WidgetGlass.h"
 
 #include "Look/WidgetGlyph.h"

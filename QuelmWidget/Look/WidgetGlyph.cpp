@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Look/WidgetGlyph.h"
 
 #include <array>

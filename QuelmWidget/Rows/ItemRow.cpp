@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Rows/ItemRow.h"
 
 #include "Look/WidgetGlyph.h"

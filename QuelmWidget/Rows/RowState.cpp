@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Rows/RowState.h"
 
 namespace quelm {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Rows/WidgetHeader.h"
 
 #include <algorithm>

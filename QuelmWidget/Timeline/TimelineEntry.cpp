@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Timeline/TimelineEntry.h"
 
 #include <cmath>

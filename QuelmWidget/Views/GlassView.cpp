@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/GlassView.h"
 
 #include "Views/DevicePixels.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/ItemRowView.h"
 
 #include "Views/RowParts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/LayoutEngine.h"
 
 #include "Widget/WidgetFamily.h"

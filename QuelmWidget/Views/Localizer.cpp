@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/Localizer.h"
 
 #include "Text/LocalizationKeys.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/NoticeView.h"
 
 #include "Views/Typography.h"

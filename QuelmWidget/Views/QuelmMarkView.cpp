@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/QuelmMarkView.h"
 
 #include "Views/DevicePixels.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/RowParts.h"
 
 namespace quelm::views::detail {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/SessionRowView.h"
 
 #include "Rows/ItemRow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/SymbolImages.h"
 
 #include "Views/DevicePixels.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The symbols the widget draws, each under its catalogue name, and the file of the filled
 # Phosphor icon set (npm package @phosphor-icons/core, pinned in package-lock.json) that stands
 # in for it. This table is the only place that knows the mapping: the build copies exactly these

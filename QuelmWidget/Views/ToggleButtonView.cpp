@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/ToggleButtonView.h"
 
 namespace quelm::views {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/TransitionView.h"
 
 #include <QPainter>

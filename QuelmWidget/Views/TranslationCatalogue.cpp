@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/TranslationCatalogue.h"
 
 #include "Text/WidgetLocalization.h"

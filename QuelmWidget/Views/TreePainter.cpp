@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/TreePainter.h"
 
 #include "Views/GlassView.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/ViewTree.h"
 
 #include "Views/ShownText.h"

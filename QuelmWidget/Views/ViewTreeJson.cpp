@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/ViewTreeJson.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/WidgetGlyphView.h"
 
 namespace quelm::views {

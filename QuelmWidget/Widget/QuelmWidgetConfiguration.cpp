@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Widget/QuelmWidgetConfiguration.h"
 
 namespace quelm {

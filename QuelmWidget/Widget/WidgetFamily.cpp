@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Widget/WidgetFamily.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Widget/WidgetSortOrder.h"
 
 namespace quelm {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command queue: one file per command in root/commands, written by the widget and drained by
 // the app, and the widget's own pending marks in root/pending.json.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The few file operations the store is built on. Reads never block and never follow a link at the

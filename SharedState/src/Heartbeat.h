@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The text of the "heartbeat" file: the seconds since 1970 of the app's last beat, as a plain

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/Uuid.h>
 
 #include <uuid/uuid.h>

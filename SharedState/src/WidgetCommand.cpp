@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/WidgetCommand.h>
 
 namespace quelm {

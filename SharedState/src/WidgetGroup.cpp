@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/WidgetGroup.h>
 
 #include "Hashing.h"

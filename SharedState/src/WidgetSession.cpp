@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/WidgetSession.h>
 
 #include "Hashing.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/WidgetSnapshot.h>
 
 namespace quelm {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/ClickAction.h"
 
 #include "HostTestSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/ClicksInFlight.h"
 
 #include <gtest/gtest.h>

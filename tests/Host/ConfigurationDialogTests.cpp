@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/ConfigurationDialog.h"
 
 #include "HostTestSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the built quelm-widget as the desktop host on a display of the test's own (Xvfb), clicks
 // its buttons with xdotool where `quelm-widget render --format json` says they are, and lets
 // `quelmctl demo` play the companion app, which takes the click's command and carries it out. The

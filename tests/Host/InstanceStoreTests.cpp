@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/InstanceStore.h"
 
 #include "TestSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/WidgetGallery.h"
 
 #include "HostTestSupport.h"

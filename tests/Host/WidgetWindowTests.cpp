@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/WidgetWindow.h"
 
 #include "HostTestSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Host/WindowPlacement.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Four widget processes tap start/stop buttons as fast as they can while one app process drains
 // the queue each time the command notification wakes it: every command arrives exactly once, each
 // drain hands its commands over in issue order, and "pending.json" reads whole throughout (marks

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Layout/FamilyComposition.h"
 
 #include <gtest/gtest.h>

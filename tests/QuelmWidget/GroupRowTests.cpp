@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Rows/GroupRow.h"
 
 #include <gtest/gtest.h>

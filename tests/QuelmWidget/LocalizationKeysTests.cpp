@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Layout/FamilyComposition.h"
 #include "Rows/GroupRow.h"
 #include "Rows/ItemRow.h"

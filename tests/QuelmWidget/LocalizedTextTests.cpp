@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Text/LocalizedText.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Timeline/TimelineEntry.h"
 #include "Widget/QuelmWidgetBundle.h"
 #include "Timeline/TimelineContext.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the built quelm-widget program, found through $QUELM_WIDGET.
 
 #include "TestSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Text/RelativeTime.h"
 
 #include <gtest/gtest.h>

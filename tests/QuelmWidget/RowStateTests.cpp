@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Rows/RowState.h"
 #include "Rows/ToggleButton.h"
 

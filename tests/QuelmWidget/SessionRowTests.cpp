@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Rows/SessionRow.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Timeline/TimelineEntry.h"
 #include "Timeline/TimelineProvider.h"
 #include "Widget/QuelmWidgetConfiguration.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Text/QuelmMarkLabel.h"
 #include "Rows/WidgetHeader.h"
 

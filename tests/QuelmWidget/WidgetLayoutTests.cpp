@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Layout/TitleCollator.h"
 #include "Widget/WidgetFamily.h"
 #include "Look/WidgetGlyph.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Text/WidgetLocalization.h"
 
 #include <gtest/gtest.h>

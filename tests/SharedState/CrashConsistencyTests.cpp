@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A writer killed with SIGKILL at any instant of writeSnapshot, markPending or enqueue, again and
 // again, while a reader in another thread reads the same file in a loop: the reader only ever sees
 // a whole document, old or new; no acknowledged command is lost or drained twice; and whatever the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents built to hurt the reader: nesting that would exhaust the stack, numbers no double
 // holds, brackets hidden in strings. Each must fail as a DecodingError, never otherwise.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A container that another program of the user (or another user) has filled with traps: links
 // leading out of it, loops, FIFOs, sockets, huge and deeply nested files, bytes that are not
 // UTF-8, files the reader may not open. The store must not hang, must not read anything from

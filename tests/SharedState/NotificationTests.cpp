@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/Notification.h>
 #include <quelm/NotificationObserver.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/QuelmMark.h>
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store when the machine says no: a file-size limit, a full file system, a read-only mount,
 // a container without write permission, no file descriptors left. The two writers that create
 // state for the other process (writeSnapshot, enqueue) throw the platform's error and leave the

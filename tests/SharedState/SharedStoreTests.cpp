@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <quelm/WireFormat.h>
 
 #include <gmock/gmock.h>

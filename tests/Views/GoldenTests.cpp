@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sample entry in every family and app status, compared with the files in tests/golden/:
 // the laid-out view trees exactly, the painted images within a small per-pixel tolerance.
 // Regenerate them with scripts/update-goldens.sh (and look at the images before keeping them).

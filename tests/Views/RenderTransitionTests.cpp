@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Views/RenderTransition.h"
 
 #include "ViewsTestSupport.h"

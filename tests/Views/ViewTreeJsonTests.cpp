@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ViewsTestSupport.h"
 #include "ViewTreeSearch.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Helpers of the view tests: a headless Qt application, renders of an entry with a fixed clock

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs this build into a scratch prefix, then builds and runs the consumer against it, once
 # through the CMake package (with the README's lines) and once through pkg-config.
 set -euo pipefail

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Publishes a snapshot, beats, and reads both back through an installed libQuelmShared.
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>

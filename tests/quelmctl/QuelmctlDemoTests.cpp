@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs `quelmctl demo`, the simulated companion app, against a container of the test's own and
 // plays the widget's part with `quelmctl toggle` (or command files and the notification): checks
 // what the demo publishes, prints and leaves behind.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Runs the built quelmctl (its path in $QUELMCTL) as a user would: arguments, standard input,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the built quelmctl (its path in $QUELMCTL) as a user would: arguments, standard input,
 // environment; checks standard output, standard error, the exit status and the store's files.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Running a piece of a test in a forked child: to become another user, to take a resource limit

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // A program run beside a test or a benchmark whose output is read line by line as it comes, and

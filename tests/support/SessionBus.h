@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Session-bus helpers for the suites that exercise the notifications.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Finding nodes in a view tree as `quelm-widget render --format json` and the host's trace print

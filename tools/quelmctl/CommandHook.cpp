@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CommandHook.h"
 
 #include <quelm/WireFormat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CommandOutput.h"
 
 #include "TimeFormat.h"

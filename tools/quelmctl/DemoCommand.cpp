@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DemoCommand.h"
 
 #include "Arguments.h"

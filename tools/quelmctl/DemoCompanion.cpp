@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DemoCompanion.h"
 
 #include "Timeline/TimelineEntry.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DrainCommand.h"
 
 #include "Arguments.h"

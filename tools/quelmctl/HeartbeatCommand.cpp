@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HeartbeatCommand.h"
 
 #include "Arguments.h"

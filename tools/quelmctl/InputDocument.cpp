@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "InputDocument.h"
 
 #include "Command.h"

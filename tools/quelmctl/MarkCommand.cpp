@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MarkCommand.h"
 
 #include "Arguments.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MarkDocuments.h"
 
 #include <quelm/QuelmMark.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StatusCommand.h"
 
 #include "Arguments.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StoreLocation.h"
 
 #include <quelm/SharedConstants.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ToggleCommand.h"
 
 #include "Arguments.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // quelmctl: the companion app's side of the Quelm widget, for scripts and people.
 
 #include "Arguments.h"
