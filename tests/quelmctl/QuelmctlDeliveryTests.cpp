@@ -58,9 +58,9 @@ WidgetCommand commandAt(double issuedAt, const std::string& itemID = "api")
 
 // Runs quelmctl in a forked child prepared by `prepare` (a resource limit, another user), its
 // outputs in files. `prepare` returns an error text to end the child with status 126.
-Result runPrepared(const std::vector<std::string>& arguments, const fs::path& scratch, const std::function<std::string()>& prepare)
+Result runPrepared(const std::vector<std::string>& arguments, const fs::path& scratch, const std::function<std::string()>& prepare,
+    const std::string& program = test::quelmctlPath())
 {
-    const std::string program = test::quelmctlPath();
     const fs::path out = scratch / "out";
     const fs::path err = scratch / "err";
     const pid_t child = ::fork();
@@ -153,6 +153,16 @@ protected:
         for (const auto& entry : fs::recursive_directory_iterator(root))
             ASSERT_EQ(::lchown(entry.path().c_str(), test::nobody, test::nobody), 0);
         ASSERT_EQ(::chown(root.c_str(), test::nobody, test::nobody), 0);
+    }
+
+    // The built program where nobody may run it: the build tree may lie in a folder that only
+    // its owner can enter (a clone under mktemp -d).
+    std::string quelmctlForNobody() const
+    {
+        const fs::path copy = temporary.path() / "quelmctl";
+        fs::copy_file(test::quelmctlPath(), copy, fs::copy_options::overwrite_existing);
+        fs::permissions(copy, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec | fs::perms::others_read | fs::perms::others_exec);
+        return copy.string();
     }
 };
 
@@ -295,8 +305,9 @@ TEST_F(QuelmctlDelivery, ADrainThatCannotTakeFromTheQueueDeliversNothingAndExits
     enqueue(3);
     giveStoreToNobody();
     ASSERT_EQ(::chmod(commands.c_str(), 0555), 0);
+    const std::string program = quelmctlForNobody();
     for (int run = 0; run < 2; ++run) {
-        const Result drain = runPrepared(withRoot({ "drain" }), temporary.path(), [] { return test::becomeUnprivileged(); });
+        const Result drain = runPrepared(withRoot({ "drain" }), temporary.path(), [] { return test::becomeUnprivileged(); }, program);
         EXPECT_EQ(drain.exitCode, 1) << drain.err;
         EXPECT_EQ(drain.out, "");
         EXPECT_THAT(drain.err, HasSubstr("Permission denied"));
@@ -330,8 +341,9 @@ TEST_F(QuelmctlDelivery, AHeartbeatThatCannotBeWrittenExitsOneEvenBesideAFreshBe
     store.writeSnapshot(WidgetSnapshot::empty);
     store.touchHeartbeat(Date::now());
     giveStoreToNobody();
+    const std::string program = quelmctlForNobody();
     ASSERT_EQ(::chmod(root.c_str(), 0500), 0);
-    const Result beat = runPrepared(withRoot({ "heartbeat" }), temporary.path(), [] { return test::becomeUnprivileged(); });
+    const Result beat = runPrepared(withRoot({ "heartbeat" }), temporary.path(), [] { return test::becomeUnprivileged(); }, program);
     ASSERT_EQ(::chmod(root.c_str(), 0700), 0);
     EXPECT_EQ(beat.exitCode, 1) << beat.err;
     EXPECT_THAT(beat.err, HasSubstr("cannot write the heartbeat"));
