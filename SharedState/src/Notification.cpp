@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <quelm/Notification.h>
 
+#include "BusConnection.h"
 #include "NotificationSignal.h"
 
 #include <cstdlib>
@@ -35,7 +36,7 @@ std::optional<std::string> environmentValue(const char* variable)
 // environment comes to name another bus, and in a forked child.
 struct Broadcaster {
     std::mutex mutex;
-    sd_bus* bus = nullptr;
+    detail::BusConnection bus;
     pid_t owner = 0; // the process that opened `bus`
     std::optional<std::string> address; // DBUS_SESSION_BUS_ADDRESS when `bus` was opened
     std::optional<std::string> runtimeDirectory; // XDG_RUNTIME_DIR, its fallback
@@ -43,24 +44,24 @@ struct Broadcaster {
     bool connect()
     {
         if (bus && owner != ::getpid()) {
-            // Inherited across fork: the parent's connection is unusable here; drop our copy.
-            bus = sd_bus_unref(bus);
+            // Inherited across fork: the parent's connection is unusable here, and flushing or
+            // closing it from this process would touch the parent's socket; drop our reference only.
+            sd_bus_unref(bus.release());
         }
         if (bus && !(sameAsEnvironment(address, "DBUS_SESSION_BUS_ADDRESS") && sameAsEnvironment(runtimeDirectory, "XDG_RUNTIME_DIR")))
             disconnect();
         if (bus)
             return true;
-        sd_bus* opened = nullptr;
-        if (sd_bus_open_user(&opened) < 0)
+        bus = detail::openUserBus();
+        if (!bus)
             return false;
-        bus = opened;
         owner = ::getpid();
         address = environmentValue("DBUS_SESSION_BUS_ADDRESS");
         runtimeDirectory = environmentValue("XDG_RUNTIME_DIR");
         return true;
     }
 
-    void disconnect() { bus = sd_bus_flush_close_unref(bus); }
+    void disconnect() { bus.reset(); }
 };
 
 Broadcaster& broadcaster()
@@ -89,12 +90,12 @@ void post(std::string_view name)
     for (int attempt = 0; attempt < 2; ++attempt) {
         if (!shared.connect())
             return;
-        int result = sd_bus_emit_signal(shared.bus, detail::notificationPath, detail::notificationInterface,
+        int result = sd_bus_emit_signal(shared.bus.get(), detail::notificationPath, detail::notificationInterface,
             detail::notificationMember, "s", text.c_str());
         if (result >= 0)
-            result = sd_bus_flush(shared.bus);
+            result = sd_bus_flush(shared.bus.get());
         // Sent, or refused for the name itself (not UTF-8) on a connection that is still fine.
-        if (result >= 0 || sd_bus_is_open(shared.bus) > 0)
+        if (result >= 0 || sd_bus_is_open(shared.bus.get()) > 0)
             return;
         // The kept connection has died (the bus daemon restarted): once more on a fresh one.
         shared.disconnect();
