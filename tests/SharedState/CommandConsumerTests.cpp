@@ -33,6 +33,7 @@
 
 using namespace quelm;
 using quelm::test::TemporaryDirectory;
+using quelm::test::configuredCount;
 using quelm::test::entriesOf;
 using quelm::test::readFile;
 using quelm::test::runInChild;
@@ -45,13 +46,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr double aMoment = 1'700'000'000.0;
-
-int configuredCount(const char* variable, int fallback)
-{
-    const char* configured = std::getenv(variable);
-    const int count = configured ? std::atoi(configured) : 0;
-    return count > 0 ? count : fallback;
-}
 
 WidgetCommand commandAt(double issuedAt, const std::string& itemID = "api")
 {

@@ -41,9 +41,7 @@ namespace {
 
 int killsPerOperation()
 {
-    const char* configured = std::getenv("QUELM_CRASH_KILLS");
-    const int kills = configured ? std::atoi(configured) : 0;
-    return kills > 0 ? kills : 150;
+    return test::configuredCount("QUELM_CRASH_KILLS", 150);
 }
 
 // The first problem any thread noticed; the rest are of no help.

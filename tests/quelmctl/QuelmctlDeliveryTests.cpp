@@ -38,6 +38,7 @@ using namespace std::chrono_literals;
 using quelm::test::Child;
 using quelm::test::Result;
 using quelm::test::TemporaryDirectory;
+using quelm::test::configuredCount;
 using quelm::test::entriesOf;
 using quelm::test::readFile;
 using quelm::test::run;
@@ -110,13 +111,6 @@ std::vector<std::string> deliveredIds(const std::string& output)
         }
     }
     return ids;
-}
-
-int configuredCount(const char* variable, int fallback)
-{
-    const char* configured = std::getenv(variable);
-    const int count = configured ? std::atoi(configured) : 0;
-    return count > 0 ? count : fallback;
 }
 
 class QuelmctlDelivery : public testing::Test {

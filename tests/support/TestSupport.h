@@ -83,6 +83,15 @@ private:
     std::optional<std::string> m_old;
 };
 
+// A stress test's count: the positive number in `variable` (scripts/stress.sh sets the full
+// strengths there), else `fallback`, the suite's reduced count.
+inline int configuredCount(const char* variable, int fallback)
+{
+    const char* configured = std::getenv(variable);
+    const int count = configured ? std::atoi(configured) : 0;
+    return count > 0 ? count : fallback;
+}
+
 inline void writeFile(const std::filesystem::path& path, const std::string& bytes)
 {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
