@@ -148,31 +148,31 @@ void removeStaleTemporaries(const std::filesystem::path& directory, std::string_
     }
 }
 
-}
-
-FileRead readRegularFileAt(int directoryFD, const char* name, std::size_t maximumSize) noexcept
+// Reads into `result.bytes`, which `makeRoom(bytes, fileSize, capacity)` makes ready for the file.
+template<class Bytes, class MakeRoom>
+void readRegularFileInto(BasicFileRead<Bytes>& result, int directoryFD, const char* name, std::size_t maximumSize, MakeRoom makeRoom) noexcept
 {
-    FileRead result;
     // O_NONBLOCK: opening a FIFO must not wait for a writer (nor a leased file for its holder).
     FileDescriptor file(::openat(directoryFD, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (file.get() < 0) {
         result.error = errno;
-        return result;
+        return;
     }
     struct stat info {};
     if (::fstat(file.get(), &info) != 0) {
         result.error = errno;
-        return result;
+        return;
     }
     if (!S_ISREG(info.st_mode)) {
         result.error = S_ISDIR(info.st_mode) ? EISDIR : EINVAL;
-        return result;
+        return;
     }
     if (static_cast<std::uintmax_t>(info.st_size) > maximumSize) {
         result.error = EFBIG;
-        return result;
+        return;
     }
     try {
+        makeRoom(result.bytes, static_cast<std::size_t>(info.st_size), maximumSize + 1);
         // One byte more than the size, so that the end of the file is seen without regrowing; a
         // file that grew meanwhile is read on, up to the limit.
         result.bytes.resize(static_cast<std::size_t>(info.st_size) + 1);
@@ -182,7 +182,7 @@ FileRead readRegularFileAt(int directoryFD, const char* name, std::size_t maximu
                 if (length > maximumSize) {
                     result.error = EFBIG;
                     result.bytes.clear();
-                    return result;
+                    return;
                 }
                 result.bytes.resize(std::min(std::max<std::size_t>(length * 2, 4096), maximumSize + 1));
             }
@@ -192,7 +192,7 @@ FileRead readRegularFileAt(int directoryFD, const char* name, std::size_t maximu
                     continue;
                 result.error = errno;
                 result.bytes.clear();
-                return result;
+                return;
             }
             if (count == 0)
                 break;
@@ -203,6 +203,31 @@ FileRead readRegularFileAt(int directoryFD, const char* name, std::size_t maximu
         result.error = ENOMEM;
         result.bytes.clear();
     }
+}
+
+}
+
+void DocumentBytes::prepareFor(std::size_t fileSize, std::size_t capacity)
+{
+    // Below this, a document and its records are small next to the limit anyway.
+    constexpr std::size_t largeDocument = 2 * 1024 * 1024;
+    if (fileSize >= largeDocument)
+        m_pages = PageBuffer(capacity);
+}
+
+FileRead readRegularFileAt(int directoryFD, const char* name, std::size_t maximumSize) noexcept
+{
+    FileRead result;
+    // A string grows as it is read: most files are far smaller than their limit.
+    readRegularFileInto(result, directoryFD, name, maximumSize, [](std::string&, std::size_t, std::size_t) {});
+    return result;
+}
+
+DocumentRead readDocument(const std::filesystem::path& path) noexcept
+{
+    DocumentRead result;
+    readRegularFileInto(result, AT_FDCWD, path.c_str(), maximumDocumentSize,
+        [](DocumentBytes& bytes, std::size_t fileSize, std::size_t capacity) { bytes.prepareFor(fileSize, capacity); });
     return result;
 }
 

@@ -4,6 +4,8 @@
 // The few file operations the store is built on. Reads never block and never follow a link at the
 // last component; writes replace their file atomically; what is created is private to the user.
 
+#include "PageBuffer.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <string>
@@ -23,12 +25,35 @@ inline constexpr std::size_t maximumSmallFileSize = 64 * 1024; // heartbeat, one
 inline constexpr mode_t privateDirectoryMode = 0700;
 inline constexpr mode_t privateFileMode = 0600;
 
-struct FileRead {
-    std::string bytes;
+// The bytes of a document: a small one on the heap, where reading it again costs nothing new; a
+// large one in pages of its own (`pages()`), which its decoder gives back as it goes.
+class DocumentBytes {
+public:
+    // Makes room for a file of `fileSize` bytes that may grow to `capacity` while it is read.
+    void prepareFor(std::size_t fileSize, std::size_t capacity);
+
+    char* data() { return m_pages.data() ? m_pages.data() : m_small.data(); }
+    std::size_t size() const { return m_pages.data() ? m_pages.size() : m_small.size(); }
+    std::string_view view() const { return m_pages.data() ? m_pages.view() : std::string_view(m_small); }
+    void resize(std::size_t size) { m_pages.data() ? m_pages.resize(size) : m_small.resize(size); }
+    void clear() { resize(0); }
+    // Null for a small document: there is nothing worth giving back.
+    PageBuffer* pages() { return m_pages.data() ? &m_pages : nullptr; }
+
+private:
+    std::string m_small;
+    PageBuffer m_pages;
+};
+
+template<class Bytes>
+struct BasicFileRead {
+    Bytes bytes;
     int error = 0; // the errno of a failed read, 0 when `bytes` holds the whole file
 
     bool succeeded() const { return error == 0; }
 };
+using FileRead = BasicFileRead<std::string>;
+using DocumentRead = BasicFileRead<DocumentBytes>;
 
 // Reads the whole of `name`, relative to the directory `directoryFD` (AT_FDCWD for a plain path).
 // Only a regular file of at most `maximumSize` bytes is read: a symbolic link fails with ELOOP, a
@@ -40,6 +65,9 @@ inline FileRead readRegularFile(const std::filesystem::path& path, std::size_t m
 {
     return readRegularFileAt(AT_FDCWD, path.c_str(), maximumSize);
 }
+
+// The same for a document of up to `maximumDocumentSize` bytes (see DocumentBytes).
+DocumentRead readDocument(const std::filesystem::path& path) noexcept;
 
 // Creates `directory` and its missing parents, each at mode 0700; an existing directory (or a link
 // to one) is no error. Throws std::filesystem::filesystem_error carrying the errno, ENOTDIR when

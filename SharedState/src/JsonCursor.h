@@ -7,6 +7,8 @@
 // (by the rules nlohmann/json reads it, including a leading byte-order mark and a NUL byte ending
 // the input) throws MalformedJson; so does nesting deeper than the cursor's limit.
 
+#include "PageBuffer.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -26,6 +28,10 @@ namespace quelm::detail {
 
 // Not JSON, or nested too deeply: the cursor cannot go on.
 struct MalformedJson { };
+
+// The cursor was asked to look again at bytes it had given back: only a read of the whole
+// document again can tell what is wrong with it.
+struct BytesGivenBack { };
 
 // A number as the text spelled it: an integer that fits 64 bits keeps its sign's kind, anything
 // else (a fraction, an exponent, an integer too large) is a double.
@@ -71,10 +77,13 @@ public:
         int depth;
     };
 
-    JsonCursor(std::string_view text, int maximumDepth)
+    // With `pages`, the buffer that holds `text`, the cursor gives back what it read at each
+    // `giveBackConsumed` and refuses to come back to it (`rewind` throws BytesGivenBack).
+    JsonCursor(std::string_view text, int maximumDepth, PageBuffer* pages = nullptr)
         : m_position(text.data())
         , m_end(text.data() + text.size())
         , m_maximumDepth(maximumDepth)
+        , m_pages(pages)
     {
         // A byte-order mark may open the document, and only a whole one.
         if (m_position != m_end && static_cast<unsigned char>(*m_position) == 0xEF) {
@@ -88,6 +97,8 @@ public:
     Mark mark() const { return { m_position, m_depth }; }
     void rewind(Mark mark)
     {
+        if (m_pages && mark.position < m_pages->keptFrom())
+            throw BytesGivenBack();
         m_position = mark.position;
         m_depth = mark.depth;
     }
@@ -99,6 +110,13 @@ public:
         if (kind == noValue)
             malformed();
         return static_cast<Kind>(kind);
+    }
+
+    // Between values: nothing before the cursor will be looked at again.
+    void giveBackConsumed()
+    {
+        if (m_pages)
+            m_pages->releaseBefore(m_position);
     }
 
     // Only blanks, or a NUL byte, follow.
@@ -611,6 +629,7 @@ private:
     const char* m_end;
     int m_depth = 0;
     int m_maximumDepth;
+    PageBuffer* m_pages;
 };
 
 }

@@ -5,6 +5,7 @@
 
 #include "FileAccess.h"
 #include "Heartbeat.h"
+#include "SnapshotDecoding.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -62,9 +63,13 @@ WidgetSnapshot SharedStore::readSnapshot() const noexcept
     try {
         if (!detail::distrust(m_root).empty())
             return WidgetSnapshot::empty;
-        auto file = detail::readRegularFile(m_root / snapshotFileName, detail::maximumDocumentSize);
-        if (file.succeeded())
-            return decode<WidgetSnapshot>(file.bytes);
+        auto file = detail::readDocument(m_root / snapshotFileName);
+        if (!file.succeeded())
+            return WidgetSnapshot::empty;
+        if (auto snapshot = detail::decodeGivingBack(file.bytes))
+            return std::move(*snapshot);
+        // Bad past what was given back: a document that does not decode reads as no snapshot,
+        // however it fails.
     } catch (...) {
     }
     return WidgetSnapshot::empty;

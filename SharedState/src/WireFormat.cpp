@@ -2,6 +2,7 @@
 #include <quelm/WireFormat.h>
 
 #include "JsonCursor.h"
+#include "SnapshotDecoding.h"
 #include "WireKeys.h"
 
 #include <nlohmann/json.hpp>
@@ -220,8 +221,10 @@ public:
         if (m_cursor.remaining() > largeArray)
             records.reserve(m_cursor.remaining() / smallestElement + 1);
         m_cursor.beginArray();
-        for (std::size_t index = 0; m_cursor.nextElement(index == 0); ++index)
+        for (std::size_t index = 0; m_cursor.nextElement(index == 0); ++index) {
             read(m_cursor, JsonPath(m_path, index), records.emplace_back());
+            m_cursor.giveBackConsumed();
+        }
         return records;
     }
 
@@ -688,10 +691,10 @@ DecodingError nestingError()
 // whatever their places in the document: nesting too deep, then anything that is not JSON, then
 // the first problem of the record.
 template<class Record, class Read>
-Record decodeDocument(std::string_view text, Read read)
+Record decodeDocument(std::string_view text, Read read, PageBuffer* pages = nullptr)
 {
     try {
-        JsonCursor cursor(text, maximumNesting);
+        JsonCursor cursor(text, maximumNesting, pages);
         const auto start = cursor.mark();
         const JsonPath root;
         std::optional<Record> record;
@@ -712,6 +715,8 @@ Record decodeDocument(std::string_view text, Read read)
             throw *problem;
         return std::move(*record);
     } catch (const MalformedJson&) {
+        if (pages && pages->keptFrom() != pages->data())
+            throw BytesGivenBack();
         if (nestsDeeperThan(text, maximumNesting))
             throw nestingError();
         throw syntaxError(text);
@@ -739,5 +744,14 @@ template<>
 WidgetCommand decode<WidgetCommand>(std::string_view text) { return detail::decodeDocument<WidgetCommand>(text, detail::readCommand); }
 template<>
 PendingCommands decode<PendingCommands>(std::string_view text) { return detail::decodeDocument<PendingCommands>(text, detail::readPending); }
+
+std::optional<WidgetSnapshot> detail::decodeGivingBack(DocumentBytes& document)
+{
+    try {
+        return detail::decodeDocument<WidgetSnapshot>(document.view(), detail::readSnapshot, document.pages());
+    } catch (const BytesGivenBack&) {
+        return std::nullopt;
+    }
+}
 
 }

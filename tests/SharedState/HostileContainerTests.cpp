@@ -432,8 +432,11 @@ TEST_F(HostileContainer, SnapshotsAtTheCapAreReadWithinThreeTimesTheCap)
 {
     const std::string updated = R"(,"updatedAt":1})";
     const std::string item = R"({"id":"item","title":"Item","category":"node","isRunning":true,"port":8080})";
+    // The most records a document at the cap can hold: each costs more memory than its bytes.
+    const std::string smallestItem = R"({"id":"","title":"","category":"","isRunning":true})";
     std::size_t zeros = 0;
     std::size_t items = 0;
+    std::size_t smallestItems = 0;
     const std::size_t letters = documentCap - 40;
     // Escaped and multi-byte letters: six bytes of "\u00e9" and two of "é" each read as two.
     std::string escaped;
@@ -442,6 +445,7 @@ TEST_F(HostileContainer, SnapshotsAtTheCapAreReadWithinThreeTimesTheCap)
     const std::vector<std::pair<std::string, std::string>> shapes {
         { "zeros", documentOfElements("0", updated, documentCap, zeros) },
         { "items", documentOfElements(item, updated, documentCap, items) },
+        { "smallest items", documentOfElements(smallestItem, updated, documentCap, smallestItems) },
         { "string", R"({"items":[],"language":")" + std::string(letters, 'a') + R"(","updatedAt":1})" },
         { "escaped string", R"({"items":[],"language":")" + escaped + R"(","updatedAt":1})" + std::string(letters - escaped.size(), ' ') },
     };
@@ -458,6 +462,8 @@ TEST_F(HostileContainer, SnapshotsAtTheCapAreReadWithinThreeTimesTheCap)
                 return "an array of zeros decoded";
             if (shape == "items" && snapshot.items.size() != items)
                 return "read " + std::to_string(snapshot.items.size()) + " of " + std::to_string(items) + " items";
+            if (shape == "smallest items" && snapshot.items.size() != smallestItems)
+                return "read " + std::to_string(snapshot.items.size()) + " of " + std::to_string(smallestItems) + " items";
             if (shape == "string" && (!snapshot.language || snapshot.language->size() != letters))
                 return "the long string did not read whole";
             if (shape == "escaped string" && (!snapshot.language || snapshot.language->size() != escaped.size() / 2))

@@ -215,6 +215,53 @@ TEST(SharedStoreSnapshot, EmptyObjectTruncatedOrForeignDocumentReadsAsEmptyAndSt
     }
 }
 
+namespace {
+
+// Several mebibytes of items: large enough that the reader gives back the pages it has read.
+WidgetSnapshot manyItemsSnapshot()
+{
+    WidgetSnapshot snapshot = sampleSnapshot();
+    for (int index = 0; index < 60000; ++index)
+        snapshot.items.push_back(WidgetItem { "item-" + std::to_string(index), "Item " + std::to_string(index), "node", index % 2 == 0 });
+    return snapshot;
+}
+
+}
+
+TEST(SharedStoreSnapshot, ALargeSnapshotReadsBackEqual)
+{
+    TemporaryDirectory temporary;
+    SharedStore store(temporary.path());
+    const auto snapshot = manyItemsSnapshot();
+    store.writeSnapshot(snapshot);
+    ASSERT_GT(fs::file_size(temporary / "snapshot.json"), 4u * 1024 * 1024);
+    EXPECT_EQ(store.readSnapshot(), snapshot);
+}
+
+// The reader has given back the bytes before a fault far into the document: it must still read as
+// no snapshot, whatever the fault, and never as part of one.
+TEST(SharedStoreSnapshot, AFaultFarIntoALargeSnapshotReadsAsEmpty)
+{
+    TemporaryDirectory temporary;
+    SharedStore store(temporary.path());
+    const std::string whole = encode(manyItemsSnapshot());
+    const std::size_t lastItem = whole.rfind(R"({"id":"item-59999")");
+    ASSERT_NE(lastItem, std::string::npos);
+    ASSERT_GT(lastItem, 4u * 1024 * 1024);
+    const std::vector<std::pair<std::string, std::string>> faults {
+        { "an item without its title", std::string(whole).replace(whole.find(R"("title")", lastItem), 7, R"("titel")") },
+        { "an item that is a number", std::string(whole).insert(lastItem, "0,") },
+        { "a cut document", whole.substr(0, lastItem + 20) },
+        { "a syntax error", std::string(whole).insert(lastItem, "}") },
+        { "a bad member after the items", std::string(whole).insert(whole.size() - 1, R"(,"groups":[1])") },
+    };
+    for (const auto& [fault, bytes] : faults) {
+        writeFile(temporary / "snapshot.json", bytes);
+        EXPECT_EQ(store.readSnapshot(), WidgetSnapshot::empty) << fault;
+        EXPECT_THROW(decode<WidgetSnapshot>(bytes), DecodingError) << fault;
+    }
+}
+
 TEST(SharedStoreSnapshot, WriteCreatesTheMissingRootWithItsParentsPrivately)
 {
     TemporaryDirectory temporary;
