@@ -160,6 +160,32 @@ TEST_F(QuelmdEndToEnd, AServiceStopsWithItsWholeProcessTree)
         << "the service's child outlived it";
 }
 
+// A dev server often listens from a child started late, next to a process listening already.
+TEST_F(QuelmdEndToEnd, APortOpenedLaterByAChildIsNoticed)
+{
+    std::uint16_t first = freePort();
+    std::uint16_t later = freePort();
+    while (later == first)
+        later = freePort();
+    // The lowest port counts: the late listener must win to show it was noticed.
+    if (later > first)
+        std::swap(first, later);
+    // The child listens once the test has seen the first port, however slow the machine.
+    const std::filesystem::path go = m_directory / "go";
+    m_units.push_back("quelm-e2e-late.service");
+    configure("[[service]]\nid = \"e2e-late\"\ntitle = \"late\"\ncommand = \"python3 -m http.server " + std::to_string(first)
+        + " --bind 127.0.0.1 & while [ ! -e '" + go.string() + "' ]; do sleep 0.1; done; exec python3 -m http.server "
+        + std::to_string(later) + " --bind 127.0.0.1\"\n");
+    startQuelmd();
+    toggle("e2e-late", true);
+    ASSERT_TRUE(eventually([&] { return shows("e2e-late", [&](const WidgetItem& i) { return running(i) && i.port == first; }); }))
+        << "the first port never showed: " << quelm::encode(store().readSnapshot());
+    writeFile(go, "");
+    ASSERT_TRUE(eventually([&] { return answersHttp(later); })) << "the late child never listened";
+    EXPECT_TRUE(eventually([&] { return shows("e2e-late", [&](const WidgetItem& i) { return running(i) && i.port == later; }); }))
+        << "the later, lower port never showed: " << quelm::encode(store().readSnapshot());
+}
+
 TEST_F(QuelmdEndToEnd, StartsAndStopsAnExistingUnit)
 {
     const std::uint16_t port = freePort();

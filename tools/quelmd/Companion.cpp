@@ -138,12 +138,6 @@ std::map<std::string, std::string> Companion::portCandidates() const
     return candidates;
 }
 
-std::optional<std::uint16_t> Companion::detectedPort(const std::string& serviceId) const
-{
-    const auto found = m_detectedPorts.find(serviceId);
-    return found == m_detectedPorts.end() ? std::nullopt : std::optional(found->second);
-}
-
 bool Companion::setDetectedPort(const std::string& serviceId, std::optional<std::uint16_t> port)
 {
     const auto found = m_detectedPorts.find(serviceId);

@@ -48,7 +48,6 @@ public:
     // Services without a configured port whose unit is up: where a listening port may be found,
     // keyed by service id, with the unit's control group.
     std::map<std::string, std::string> portCandidates() const;
-    std::optional<std::uint16_t> detectedPort(const std::string& serviceId) const;
     // Returns true when the port shown changes.
     bool setDetectedPort(const std::string& serviceId, std::optional<std::uint16_t> port);
 

@@ -29,7 +29,9 @@ constexpr std::uint64_t beatInterval = 30 * seconds;
 constexpr std::uint64_t settleDelay = 50 * milliseconds;
 // The longest a taken command waits for the manager's news before it is answered anyway.
 constexpr std::uint64_t answerDelay = 500 * milliseconds;
-// A service listens some time after its unit is active: look again, less and less often.
+// A service listens some time after its unit is active, and its children may listen later still
+// (a dev server behind a shell or a package manager): look again, less and less often, even after a
+// port was found. Beats look again after that.
 constexpr std::array<std::uint64_t, 10> portSearchDelays { 0, 50 * milliseconds, 100 * milliseconds, 200 * milliseconds,
     400 * milliseconds, 800 * milliseconds, 1600 * milliseconds, 3200 * milliseconds, 6400 * milliseconds, 12800 * milliseconds };
 
@@ -300,7 +302,7 @@ void Daemon::lookForPort(PortSearch& search)
     const std::optional<std::uint16_t> port = lowestListeningPort(*m_cgroupHierarchy, candidate->second);
     if (m_companion->setDetectedPort(search.serviceId, port))
         schedulePublish(false);
-    if (port || ++search.attempt >= detail::portSearchDelays.size())
+    if (++search.attempt >= detail::portSearchDelays.size())
         return;
     sd_event_source* source = nullptr;
     if (sd_event_add_time_relative(m_loop.get(), &source, CLOCK_MONOTONIC, detail::portSearchDelays[search.attempt], 0, onPortDue, &search)
@@ -363,11 +365,11 @@ int Daemon::onBeatDue(sd_event_source*, std::uint64_t, void* userdata)
 {
     Daemon* daemon = static_cast<Daemon*>(userdata);
     daemon->beat();
-    // A service the searches gave up on may listen by now.
+    // Services listen, stop listening and move to other ports long after they started: no event
+    // tells of a new listening socket, so each beat looks.
     if (daemon->m_cgroupHierarchy)
         for (const auto& [serviceId, controlGroup] : daemon->m_companion->portCandidates())
-            if (!daemon->m_companion->detectedPort(serviceId)
-                && daemon->m_companion->setDetectedPort(serviceId, lowestListeningPort(*daemon->m_cgroupHierarchy, controlGroup)))
+            if (daemon->m_companion->setDetectedPort(serviceId, lowestListeningPort(*daemon->m_cgroupHierarchy, controlGroup)))
                 daemon->schedulePublish(false);
     if (!daemon->m_sessionsWatch)
         daemon->readSessions();
