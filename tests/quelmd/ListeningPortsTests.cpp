@@ -52,6 +52,44 @@ TEST(ListeningPorts, FindsThePortThisProcessListensOn)
     ::close(fd);
 }
 
+TEST(ListeningPorts, TheKernelTellsTheListeningSocketsAsProcDoes)
+{
+    const int v4 = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int v6 = ::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_GE(v4, 0);
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(::bind(v4, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(::listen(v4, 1), 0);
+    sockaddr_in6 address6 {};
+    address6.sin6_family = AF_INET6;
+    address6.sin6_addr = in6addr_loopback;
+    const bool hasIPv6 = v6 >= 0 && ::bind(v6, reinterpret_cast<sockaddr*>(&address6), sizeof address6) == 0 && ::listen(v6, 1) == 0;
+
+    const auto asked = listeningSocketsOfTheKernel();
+    ASSERT_TRUE(asked.has_value()) << "the kernel did not answer over sock_diag";
+    auto readTable = [](const char* file) {
+        std::ifstream stream(file);
+        return parseListeningSockets(std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>()));
+    };
+    std::map<std::uint64_t, std::uint16_t> tables = readTable("/proc/net/tcp");
+    tables.merge(readTable("/proc/net/tcp6"));
+    const std::set<std::uint64_t> ours = socketInodes("/proc/self/fd");
+    std::size_t listening = 0;
+    for (const std::uint64_t inode : ours) {
+        if (!tables.contains(inode))
+            continue;
+        ++listening;
+        ASSERT_TRUE(asked->contains(inode)) << "socket " << inode;
+        EXPECT_EQ(asked->at(inode), tables.at(inode));
+    }
+    EXPECT_EQ(listening, hasIPv6 ? 2u : 1u);
+    ::close(v4);
+    if (v6 >= 0)
+        ::close(v6);
+}
+
 TEST(ListeningPorts, ReadsTheProcessesOfACgroupTree)
 {
     const std::filesystem::path folder = std::filesystem::temp_directory_path() / ("quelmd-cgroup-" + std::to_string(::getpid()));

@@ -1,11 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "ListeningPorts.h"
 
+#include <FileDescriptor.h>
+
+#include <array>
+#include <cerrno>
 #include <charconv>
 #include <fstream>
 #include <sstream>
 #include <utility>
 #include <vector>
+
+#include <arpa/inet.h>
+#include <linux/inet_diag.h>
+#include <linux/netlink.h>
+#include <linux/sock_diag.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 namespace quelmd {
 
@@ -46,6 +57,53 @@ std::optional<Number> number(std::string_view text, int base)
     return value;
 }
 
+// Adds the listening TCP sockets of `family` to `sockets`; false when the kernel did not answer.
+bool askForListeningSockets(int netlink, std::uint8_t family, std::map<std::uint64_t, std::uint16_t>& sockets)
+{
+    constexpr std::uint32_t listening = 10; // TCP_LISTEN of the kernel's TCP states
+    struct {
+        nlmsghdr header;
+        inet_diag_req_v2 request;
+    } message {};
+    message.header.nlmsg_len = sizeof message;
+    message.header.nlmsg_type = SOCK_DIAG_BY_FAMILY;
+    message.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+    message.request.sdiag_family = family;
+    message.request.sdiag_protocol = IPPROTO_TCP;
+    message.request.idiag_states = 1u << listening;
+    if (::send(netlink, &message, sizeof message, 0) != static_cast<ssize_t>(sizeof message))
+        return false;
+
+    alignas(nlmsghdr) std::array<char, 32 * 1024> buffer;
+    for (;;) {
+        const ssize_t received = ::recv(netlink, buffer.data(), buffer.size(), 0);
+        if (received < 0 && errno == EINTR)
+            continue;
+        if (received <= 0)
+            return false;
+        int length = static_cast<int>(received);
+        for (auto* header = reinterpret_cast<nlmsghdr*>(buffer.data()); NLMSG_OK(header, length); header = NLMSG_NEXT(header, length)) {
+            if (header->nlmsg_type == NLMSG_DONE)
+                return true;
+            if (header->nlmsg_type == NLMSG_ERROR || header->nlmsg_len < NLMSG_LENGTH(sizeof(inet_diag_msg)))
+                return false;
+            const auto* socket = static_cast<const inet_diag_msg*>(NLMSG_DATA(header));
+            sockets[socket->idiag_inode] = ntohs(socket->id.idiag_sport);
+        }
+    }
+}
+
+}
+
+std::optional<std::map<std::uint64_t, std::uint16_t>> listeningSocketsOfTheKernel()
+{
+    const quelm::detail::FileDescriptor netlink(::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_SOCK_DIAG));
+    if (!netlink)
+        return std::nullopt;
+    std::map<std::uint64_t, std::uint16_t> sockets;
+    if (!detail::askForListeningSockets(netlink.get(), AF_INET, sockets) || !detail::askForListeningSockets(netlink.get(), AF_INET6, sockets))
+        return std::nullopt;
+    return sockets;
 }
 
 std::map<std::uint64_t, std::uint16_t> parseListeningSockets(std::string_view table)
@@ -126,15 +184,16 @@ std::optional<std::uint16_t> lowestListeningPort(const std::filesystem::path& hi
 {
     if (controlGroup.empty() || controlGroup.front() != '/' || controlGroup.find("..") != std::string_view::npos)
         return std::nullopt;
-    // The processes' sockets first: the kernel's socket tables cost milliseconds to read, and a
-    // service without any socket does not need them.
+    // The processes' sockets first: a service without any socket needs no socket table.
     std::set<std::uint64_t> inodes;
     for (const pid_t pid : cgroupProcesses(hierarchy / std::filesystem::path(controlGroup).relative_path()))
         inodes.merge(socketInodes(proc / std::to_string(pid) / "fd"));
     if (inodes.empty())
         return std::nullopt;
-    std::map<std::uint64_t, std::uint16_t> sockets = parseListeningSockets(detail::readAll(proc / "net" / "tcp"));
-    sockets.merge(parseListeningSockets(detail::readAll(proc / "net" / "tcp6")));
+    std::optional<std::map<std::uint64_t, std::uint16_t>> asked = proc == "/proc" ? listeningSocketsOfTheKernel() : std::nullopt;
+    std::map<std::uint64_t, std::uint16_t> sockets = asked ? std::move(*asked) : parseListeningSockets(detail::readAll(proc / "net" / "tcp"));
+    if (!asked)
+        sockets.merge(parseListeningSockets(detail::readAll(proc / "net" / "tcp6")));
     std::optional<std::uint16_t> lowest;
     for (const std::uint64_t inode : inodes) {
         const auto found = sockets.find(inode);
