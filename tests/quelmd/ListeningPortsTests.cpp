@@ -27,15 +27,29 @@ TEST(ListeningPorts, ReadsListeningSocketsOfAProcTable)
     EXPECT_TRUE(parseListeningSockets("").empty());
 }
 
-TEST(ListeningPorts, FindsThePortThisProcessListensOn)
+namespace {
+
+// A socket listening on a port the kernel picks on the loopback address; -1 when that failed.
+int listenOnLoopback()
 {
     const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ASSERT_GE(fd, 0);
     sockaddr_in address {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(::listen(fd, 1), 0);
+    if (fd >= 0 && (::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 || ::listen(fd, 1) != 0)) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+}
+
+TEST(ListeningPorts, FindsThePortThisProcessListensOn)
+{
+    const int fd = listenOnLoopback();
+    ASSERT_GE(fd, 0);
+    sockaddr_in address {};
     socklen_t length = sizeof address;
     ASSERT_EQ(::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length), 0);
     const std::uint16_t port = ntohs(address.sin_port);
@@ -54,14 +68,9 @@ TEST(ListeningPorts, FindsThePortThisProcessListensOn)
 
 TEST(ListeningPorts, TheKernelTellsTheListeningSocketsAsProcDoes)
 {
-    const int v4 = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int v6 = ::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int v4 = listenOnLoopback();
     ASSERT_GE(v4, 0);
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ASSERT_EQ(::bind(v4, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(::listen(v4, 1), 0);
+    const int v6 = ::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in6 address6 {};
     address6.sin6_family = AF_INET6;
     address6.sin6_addr = in6addr_loopback;
