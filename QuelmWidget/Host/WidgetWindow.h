@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Host/ClickAction.h"
+#include "Host/WidgetMenu.h"
 #include "Views/Palette.h"
 #include "Views/TransitionView.h"
 #include "Widget/WidgetFamily.h"
@@ -57,6 +58,12 @@ public:
 
     // The action a click at `point` (window coordinates) would trigger.
     ClickAction actionAt(QPointF point) const;
+
+    const views::Palette& widgetPalette() const { return m_palette; }
+
+    // Does what the choice in the context menu asks: emits the matching request below. For menus
+    // shown elsewhere than by contextMenuEvent.
+    void choose(const MenuChoice&);
 
 signals:
     void actionClicked(const quelm::host::ClickAction& action);
