@@ -4,6 +4,8 @@
 #include "Host/HostTexts.h"
 #include "Widget/QuelmWidgetBundle.h"
 
+#include <utility>
+
 namespace quelm::host {
 
 namespace detail {

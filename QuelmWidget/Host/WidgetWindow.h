@@ -2,7 +2,6 @@
 #pragma once
 
 #include "Host/ClickAction.h"
-#include "Host/WidgetMenu.h"
 #include "Views/Palette.h"
 #include "Views/TransitionView.h"
 #include "Widget/WidgetFamily.h"
@@ -19,6 +18,8 @@
 #include <string>
 
 namespace quelm::host {
+
+struct MenuChoice;
 
 // One placed widget on the desktop: a frameless, translucent window that stays below the other
 // windows, exactly the family's size, showing a laid-out widget. It paints what it is given and
