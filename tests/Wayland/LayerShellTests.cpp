@@ -357,6 +357,8 @@ int colourDistance(const QColor& a, const QColor& b)
 
 class HeadlessSwayMenu : public HeadlessSway {
 protected:
+    virtual int outputScale() const { return 1; }
+
     // Right-clicks at (x, y) of the layout and waits for the menu's trace.
     std::optional<MenuOnScreen> openMenuAt(Pointer& pointer, int x, int y)
     {
@@ -400,7 +402,7 @@ protected:
             if (screen.isNull())
                 return false;
             // At the entry's right end, clear of its text and of the drawn cursor.
-            const QColor lit = screen.pixelColor(item.x + item.width - 4, item.centerY());
+            const QColor lit = screen.pixelColor((item.x + item.width - 4) * outputScale(), item.centerY() * outputScale());
             return lit.blue() > lit.red() + 60;
         });
     }
@@ -502,6 +504,42 @@ TEST_F(HeadlessSwayMenu, RightClickOpensTheMenuAsAPopupOfTheWidgetThatGoesOnACli
     EXPECT_TRUE(eventually([&] { return hasEnded(m_host->pid()); })) << "the host did not quit";
     EXPECT_EQ(savedFamily(), "large");
     EXPECT_EQ(savedPosition(widgetsFile()), (std::pair { 200, 150 }));
+}
+
+// One output of twice the pixels, at scale 2: the same layout as the plain one.
+class ScaledHeadlessSwayMenu : public HeadlessSwayMenu {
+protected:
+    int outputScale() const override { return 2; }
+    std::string swayConfiguration() const override
+    {
+        return "output HEADLESS-1 resolution " + std::to_string(screenWidth * 2) + "x" + std::to_string(screenHeight * 2) + " scale 2 position 0 0\n";
+    }
+};
+
+TEST_F(ScaledHeadlessSwayMenu, TheMenuOpensAtThePointerInLayoutCoordinatesAndTakesAChoice)
+{
+    publishOneStoppedItem();
+    placeWidgetAt(200, 150);
+    startHost();
+    ASSERT_TRUE(hostSays("layer drawn ")) << "the widget was never drawn";
+    const auto pointing = pointer();
+    Pointer& move = *pointing;
+    ASSERT_TRUE(hostSays("seat pointer")) << "the host never got the seat's pointer";
+    move("move 10 10");
+    move("move 300 200");
+    ASSERT_TRUE(hostSays("layer entered ")) << "the pointer never came over the widget";
+
+    const std::optional<MenuOnScreen> menu = openMenuAt(move, 300, 200);
+    ASSERT_TRUE(menu) << "no menu opened on a right click";
+    EXPECT_NEAR(menu->x, 301, 2);
+    EXPECT_NEAR(menu->y, 201, 2);
+    const MenuOnScreen::Item* small = menu->find({ "Pequeno", "Small" });
+    ASSERT_NE(small, nullptr);
+    ASSERT_TRUE(pointAt(move, *small)) << "the size never lit under the pointer";
+    move("press");
+    move("release");
+    EXPECT_TRUE(hostSays("menu chosen family small")) << "the click on the size was not taken";
+    EXPECT_TRUE(eventually([&] { return savedFamily() == "small"; })) << "widgets.json does not keep the size:\n" << readFile(widgetsFile());
 }
 
 // Two outputs side by side: the first 1024×768 at the origin, the second 800×600 to its right.
