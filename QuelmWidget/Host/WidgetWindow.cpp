@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Host/WidgetWindow.h"
 
-#include "Host/HostTexts.h"
+#include "Host/WidgetMenu.h"
 #include "Widget/QuelmWidgetBundle.h"
 #include "Views/NoticeView.h"
 #include "Host/X11DesktopHints.h"
 
-#include <QActionGroup>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -198,35 +197,60 @@ void WidgetWindow::mouseReleaseEvent(QMouseEvent* event)
 void WidgetWindow::contextMenuEvent(QContextMenuEvent* event)
 {
     QMenu menu(this);
-    QAction* edit = menu.addAction(hostText(HostTexts::edit));
-    QMenu* sizes = menu.addMenu(hostText(HostTexts::size));
-    QActionGroup familyGroup(sizes);
-    for (const WidgetFamily family : QuelmWidget::supportedFamilies) {
-        QAction* choice = sizes->addAction(familyDisplayName(family));
-        choice->setCheckable(true);
-        choice->setChecked(family == m_family);
-        choice->setData(static_cast<int>(family));
-        familyGroup.addAction(choice);
+    // Each action carries the index of its choice in `choices`.
+    std::vector<MenuChoice> choices;
+    const auto addChoice = [&](QMenu& into, const MenuEntry& entry) {
+        QAction* action = into.addAction(entry.text);
+        action->setData(static_cast<int>(choices.size()));
+        // The sizes show which one the widget has, as radio items would.
+        action->setCheckable(entry.checked || entry.choice.kind == MenuChoice::Kind::changeFamily);
+        action->setChecked(entry.checked);
+        choices.push_back(entry.choice);
+    };
+    for (const MenuEntry& entry : widgetMenu(m_family)) {
+        switch (entry.kind) {
+        case MenuEntry::Kind::choice:
+            addChoice(menu, entry);
+            break;
+        case MenuEntry::Kind::submenu: {
+            QMenu* submenu = menu.addMenu(entry.text);
+            for (const MenuEntry& inner : entry.entries)
+                addChoice(*submenu, inner);
+            break;
+        }
+        case MenuEntry::Kind::separator:
+            menu.addSeparator();
+            break;
+        }
     }
-    QAction* remove = menu.addAction(hostText(HostTexts::remove));
-    menu.addSeparator();
-    QAction* add = menu.addAction(hostText(HostTexts::add));
-    menu.addSeparator();
-    QAction* quit = menu.addAction(hostText(HostTexts::quit));
 
     const QAction* chosen = menu.exec(event->globalPos());
-    if (!chosen)
+    if (!chosen || !chosen->data().isValid())
         return;
-    if (chosen == edit)
+    const auto index = static_cast<std::size_t>(chosen->data().toInt());
+    if (index < choices.size())
+        choose(choices[index]);
+}
+
+void WidgetWindow::choose(const MenuChoice& choice)
+{
+    switch (choice.kind) {
+    case MenuChoice::Kind::edit:
         emit editRequested();
-    else if (chosen == remove)
+        break;
+    case MenuChoice::Kind::changeFamily:
+        emit familyRequested(choice.family);
+        break;
+    case MenuChoice::Kind::remove:
         emit removeRequested();
-    else if (chosen == add)
+        break;
+    case MenuChoice::Kind::add:
         emit addRequested();
-    else if (chosen == quit)
+        break;
+    case MenuChoice::Kind::quit:
         emit quitRequested();
-    else if (chosen->actionGroup() == &familyGroup)
-        emit familyRequested(static_cast<WidgetFamily>(chosen->data().toInt()));
+        break;
+    }
 }
 
 void WidgetWindow::moveEvent(QMoveEvent* event)

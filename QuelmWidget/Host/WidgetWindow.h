@@ -19,6 +19,8 @@
 
 namespace quelm::host {
 
+struct MenuChoice;
+
 // One placed widget on the desktop: a frameless, translucent window that stays below the other
 // windows, exactly the family's size, showing a laid-out widget. It paints what it is given and
 // reports what the user does — a click on a button or link, a drag, a context-menu choice — and
@@ -57,6 +59,12 @@ public:
 
     // The action a click at `point` (window coordinates) would trigger.
     ClickAction actionAt(QPointF point) const;
+
+    const views::Palette& widgetPalette() const { return m_palette; }
+
+    // Does what the choice in the context menu asks: emits the matching request below. For menus
+    // shown elsewhere than by contextMenuEvent.
+    void choose(const MenuChoice&);
 
 signals:
     void actionClicked(const quelm::host::ClickAction& action);

@@ -16,6 +16,8 @@
 #include <QImage>
 
 #include <chrono>
+#include <cstdlib>
+#include <initializer_list>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -305,6 +307,239 @@ TEST_F(HeadlessSway, WidgetStandsAtItsSavedPlaceOnTheBottomLayerTakesClicksAndDr
     m_host.reset();
     startHost();
     EXPECT_TRUE(hostSays("layer bottom 310 220 364 170")) << "the widget did not come back where it was dragged";
+}
+
+// The box and entries of the widget's open menu, as the host's trace says where they are.
+struct MenuOnScreen {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+    struct Item {
+        int x, y, width, height;
+        std::string text;
+        bool checked;
+        int centerX() const { return x + width / 2; }
+        int centerY() const { return y + height / 2; }
+    };
+    std::vector<Item> items;
+
+    const Item* find(std::initializer_list<std::string> texts) const
+    {
+        for (const Item& item : items) {
+            for (const std::string& text : texts) {
+                if (item.text == text)
+                    return &item;
+            }
+        }
+        return nullptr;
+    }
+};
+
+// Whether the process has ended (a zombie until its parent waits for it, which the test leaves to
+// the child's owner).
+bool hasEnded(pid_t pid)
+{
+    std::string stat;
+    try {
+        stat = readFile(fs::path("/proc") / std::to_string(pid) / "stat");
+    } catch (const std::exception&) {
+        return true; // waited for already
+    }
+    const auto name = stat.rfind(')');
+    return stat.empty() || (name != std::string::npos && name + 2 < stat.size() && stat[name + 2] == 'Z');
+}
+
+int colourDistance(const QColor& a, const QColor& b)
+{
+    return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) + std::abs(a.blue() - b.blue());
+}
+
+class HeadlessSwayMenu : public HeadlessSway {
+protected:
+    virtual int outputScale() const { return 1; }
+
+    // Right-clicks at (x, y) of the layout and waits for the menu's trace.
+    std::optional<MenuOnScreen> openMenuAt(Pointer& pointer, int x, int y)
+    {
+        pointer("move " + std::to_string(x) + " " + std::to_string(y));
+        pointer("right");
+        // Only a menu shown from now on counts.
+        const auto shown = m_host->waitForLine([](const std::string& line) { return startsWith(line, "menu shown "); });
+        if (!shown)
+            return std::nullopt;
+        MenuOnScreen menu;
+        if (std::sscanf(shown->c_str(), "menu shown %d %d %d %d", &menu.x, &menu.y, &menu.width, &menu.height) != 4)
+            return std::nullopt;
+        // The host says its items right after the box, one line each.
+        for (;;) {
+            const auto line = m_host->waitForLine([](const std::string&) { return true; });
+            if (!line || !startsWith(*line, "menu item "))
+                break;
+            MenuOnScreen::Item item {};
+            int consumed = 0;
+            if (std::sscanf(line->c_str(), "menu item %d %d %d %d %n", &item.x, &item.y, &item.width, &item.height, &consumed) != 4)
+                return std::nullopt;
+            item.text = line->substr(static_cast<std::size_t>(consumed));
+            item.checked = startsWith(item.text, "* ");
+            if (item.checked)
+                item.text = item.text.substr(2);
+            menu.items.push_back(item);
+            if (menu.items.size() == 8)
+                break;
+        }
+        return menu;
+    }
+
+    // Puts the pointer on ITEM until the screen shows it lit: the popup has the pointer then. (A
+    // pointer that stands still keeps the surface it was over when the popup maps beneath it.)
+    bool pointAt(Pointer& pointer, const MenuOnScreen::Item& item)
+    {
+        int nudge = 0;
+        return eventually([&] {
+            pointer("move " + std::to_string(item.x + 8 + nudge++ % 2) + " " + std::to_string(item.centerY()));
+            const QImage screen = screenshot();
+            if (screen.isNull())
+                return false;
+            // At the entry's right end, clear of its text and of the drawn cursor.
+            const QColor lit = screen.pixelColor((item.x + item.width - 4) * outputScale(), item.centerY() * outputScale());
+            return lit.blue() > lit.red() + 60;
+        });
+    }
+
+    std::string swayTree() const
+    {
+        const Finished tree = run(with({ "swaymsg", "-s", *m_sway->ipcSocket(), "-t", "get_tree" }));
+        EXPECT_EQ(tree.status, 0) << tree.output;
+        return tree.output;
+    }
+
+    std::optional<std::string> savedFamily() const
+    {
+        try {
+            const json saved = json::parse(readFile(widgetsFile()));
+            for (const json& widget : saved.at("widgets")) {
+                if (widget.at("id") == widgetID)
+                    return widget.at("family").get<std::string>();
+            }
+        } catch (const std::exception&) {
+        }
+        return std::nullopt;
+    }
+};
+
+TEST_F(HeadlessSwayMenu, RightClickOpensTheMenuAsAPopupOfTheWidgetThatGoesOnAClickElsewhereAndActsOnAChoice)
+{
+    publishOneStoppedItem();
+    placeWidgetAt(200, 150);
+    startHost();
+    ASSERT_TRUE(hostSays("layer drawn ")) << "the widget was never drawn";
+    const std::string treeBefore = swayTree();
+
+    const auto pointing = pointer();
+    Pointer& move = *pointing;
+    ASSERT_TRUE(hostSays("seat pointer")) << "the host never got the seat's pointer";
+    move("move 10 10");
+    move("move 300 200");
+    ASSERT_TRUE(hostSays("layer entered ")) << "the pointer never came over the widget";
+
+    // Opens at the pointer, beside it and below, listing every choice (the widget's size checked).
+    std::optional<MenuOnScreen> menu = openMenuAt(move, 300, 200);
+    ASSERT_TRUE(menu) << "no menu opened on a right click";
+    EXPECT_NEAR(menu->x, 301, 2);
+    EXPECT_NEAR(menu->y, 201, 2);
+    ASSERT_EQ(menu->items.size(), 8u);
+    EXPECT_EQ(menu->items.back().text, "Sair");
+    const MenuOnScreen::Item* medium = menu->find({ "Médio", "Medium" });
+    ASSERT_NE(medium, nullptr);
+    EXPECT_TRUE(medium->checked);
+
+    // A popup of the widget's surface: sway has no new window for it.
+    const std::string treeOpen = swayTree();
+    EXPECT_EQ(treeOpen.find("\"app_id\": \""), std::string::npos) << "the menu is an ordinary window:\n" << treeOpen;
+    EXPECT_EQ(treeOpen.find("\"pid\": " + std::to_string(m_host->pid())), std::string::npos) << "the host has a window:\n" << treeOpen;
+
+    // On screen where the host says, below the widget too, and the entry under the pointer lit.
+    const MenuOnScreen::Item& quit = menu->items.back();
+    EXPECT_TRUE(pointAt(move, quit)) << "the screen does not show the menu's last entry lit at " << quit.x << "," << quit.y;
+    const int clearX = quit.x + quit.width - 4;
+    const int clearY = quit.centerY();
+    const QImage open = screenshot();
+    EXPECT_GT(colourDistance(open.pixelColor(menu->x + menu->width / 2, menu->y + menu->height - 3), open.pixelColor(open.width() - 2, open.height() - 2)), 30)
+        << "no menu below the widget";
+
+    // A click on the bare desktop closes it, and nothing else happens.
+    move("move 900 700");
+    move("press");
+    move("release");
+    EXPECT_TRUE(hostSays("menu closed")) << "a click elsewhere left the menu open";
+    EXPECT_TRUE(eventually([&] {
+        const QImage screen = screenshot();
+        return !screen.isNull() && screen.pixelColor(clearX, clearY) == screen.pixelColor(screen.width() - 2, screen.height() - 2);
+    })) << "the menu is still on the screen";
+    EXPECT_EQ(savedFamily(), "medium");
+
+    // A size chosen from it is the widget's new size, kept in widgets.json.
+    menu = openMenuAt(move, 300, 200);
+    ASSERT_TRUE(menu) << "no menu opened on the second right click";
+    const MenuOnScreen::Item* large = menu->find({ "Grande", "Large" });
+    ASSERT_NE(large, nullptr);
+    ASSERT_TRUE(pointAt(move, *large)) << "the size never lit under the pointer";
+    move("press");
+    move("release");
+    EXPECT_TRUE(hostSays("menu chosen family large")) << "the click on the size was not taken";
+    EXPECT_TRUE(hostSays("layer bottom 200 150 364 382")) << "the widget did not take the large size";
+    EXPECT_TRUE(eventually([&] { return savedFamily() == "large"; })) << "widgets.json does not keep the size:\n" << readFile(widgetsFile());
+
+    // "Sair" ends the host and keeps the widget for next time.
+    menu = openMenuAt(move, 300, 200);
+    ASSERT_TRUE(menu) << "no menu opened on the third right click";
+    const MenuOnScreen::Item* sair = menu->find({ "Sair" });
+    ASSERT_NE(sair, nullptr);
+    EXPECT_TRUE(menu->find({ "Grande", "Large" })->checked);
+    ASSERT_TRUE(pointAt(move, *sair)) << "\"Sair\" never lit under the pointer";
+    move("press");
+    move("release");
+    EXPECT_TRUE(hostSays("menu chosen quit"));
+    EXPECT_TRUE(eventually([&] { return hasEnded(m_host->pid()); })) << "the host did not quit";
+    EXPECT_EQ(savedFamily(), "large");
+    EXPECT_EQ(savedPosition(widgetsFile()), (std::pair { 200, 150 }));
+}
+
+// One output of twice the pixels, at scale 2: the same layout as the plain one.
+class ScaledHeadlessSwayMenu : public HeadlessSwayMenu {
+protected:
+    int outputScale() const override { return 2; }
+    std::string swayConfiguration() const override
+    {
+        return "output HEADLESS-1 resolution " + std::to_string(screenWidth * 2) + "x" + std::to_string(screenHeight * 2) + " scale 2 position 0 0\n";
+    }
+};
+
+TEST_F(ScaledHeadlessSwayMenu, TheMenuOpensAtThePointerInLayoutCoordinatesAndTakesAChoice)
+{
+    publishOneStoppedItem();
+    placeWidgetAt(200, 150);
+    startHost();
+    ASSERT_TRUE(hostSays("layer drawn ")) << "the widget was never drawn";
+    const auto pointing = pointer();
+    Pointer& move = *pointing;
+    ASSERT_TRUE(hostSays("seat pointer")) << "the host never got the seat's pointer";
+    move("move 10 10");
+    move("move 300 200");
+    ASSERT_TRUE(hostSays("layer entered ")) << "the pointer never came over the widget";
+
+    const std::optional<MenuOnScreen> menu = openMenuAt(move, 300, 200);
+    ASSERT_TRUE(menu) << "no menu opened on a right click";
+    EXPECT_NEAR(menu->x, 301, 2);
+    EXPECT_NEAR(menu->y, 201, 2);
+    const MenuOnScreen::Item* small = menu->find({ "Pequeno", "Small" });
+    ASSERT_NE(small, nullptr);
+    ASSERT_TRUE(pointAt(move, *small)) << "the size never lit under the pointer";
+    move("press");
+    move("release");
+    EXPECT_TRUE(hostSays("menu chosen family small")) << "the click on the size was not taken";
+    EXPECT_TRUE(eventually([&] { return savedFamily() == "small"; })) << "widgets.json does not keep the size:\n" << readFile(widgetsFile());
 }
 
 // Two outputs side by side: the first 1024×768 at the origin, the second 800×600 to its right.

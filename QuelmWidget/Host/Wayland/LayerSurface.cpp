@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Host/Wayland/LayerSurface.h"
 
+#include "Host/FlatMenu.h"
 #include "Host/HostTrace.h"
+#include "Host/WidgetMenu.h"
 #include "Host/WidgetWindow.h"
 
 #include "wlr-layer-shell-unstable-v1-client-protocol.h"
@@ -10,6 +12,7 @@
 #include <QCoreApplication>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 
 #include <wayland-client.h>
 
@@ -42,14 +45,17 @@ Qt::MouseButton qtButton(std::uint32_t button)
 struct LayerSurfaceListeners {
     static LayerSurface& of(void* data) { return *static_cast<LayerSurface*>(data); }
 
-    static void configure(void* data, zwlr_layer_surface_v1* layer, std::uint32_t serial, std::uint32_t, std::uint32_t)
+    static void configure(void* data, zwlr_layer_surface_v1* layer, std::uint32_t serial, std::uint32_t width, std::uint32_t height)
     {
         LayerSurface& self = of(data);
         zwlr_layer_surface_v1_ack_configure(layer, serial);
         const bool first = !self.m_configured;
         self.m_configured = true;
-        if (first)
+        // Said again when the widget changed size.
+        const QSize size(static_cast<int>(width), static_cast<int>(height));
+        if (first || size != self.m_configuredSize)
             self.trace();
+        self.m_configuredSize = size;
         self.draw();
     }
 
@@ -160,6 +166,8 @@ void LayerSurface::create()
 
 void LayerSurface::destroy()
 {
+    // A popup goes before its parent.
+    m_menu.reset();
     for (const PendingPlace& pending : m_pendingPlaces)
         wl_callback_destroy(pending.sync);
     m_pendingPlaces.clear();
@@ -180,6 +188,7 @@ void LayerSurface::destroy()
         buffer.reset();
     m_configured = false;
     m_buttons = Qt::NoButton;
+    m_swallowed = Qt::NoButton;
     m_press.reset();
     m_display.flush();
 }
@@ -340,6 +349,16 @@ void LayerSurface::pointerButton(std::uint32_t code, bool pressed)
     const Qt::MouseButton button = detail::qtButton(code);
     if (button == Qt::NoButton)
         return;
+    if (pressed && m_menu && m_menu->isOpen()) {
+        // A click on the widget while its menu is up only closes the menu, as one elsewhere does.
+        m_menu->close();
+        m_swallowed |= button;
+        return;
+    }
+    if (!pressed && (m_swallowed & button)) {
+        m_swallowed &= ~Qt::MouseButtons(button);
+        return;
+    }
     const QPointF global = globalPosition(m_pointer);
     if (pressed)
         m_buttons |= button;
@@ -355,12 +374,35 @@ void LayerSurface::pointerButton(std::uint32_t code, bool pressed)
     QMouseEvent event(pressed ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease, m_pointer, m_pointer, global, button, m_buttons, Qt::NoModifier);
     QCoreApplication::sendEvent(&m_window, &event);
     if (pressed && button == Qt::RightButton) {
-        QContextMenuEvent menu(QContextMenuEvent::Mouse, m_pointer.toPoint(), global.toPoint());
-        QCoreApplication::sendEvent(&m_window, &menu);
+        if (m_display.popupShell() && m_layer && m_configured) {
+            openMenu();
+        } else {
+            // Without popups for layer surfaces a menu of Qt's own, a window, is still a menu.
+            QContextMenuEvent menu(QContextMenuEvent::Mouse, m_pointer.toPoint(), global.toPoint());
+            QCoreApplication::sendEvent(&m_window, &menu);
+        }
     }
     // A widget dropped on another output goes over to it (a layer surface cannot).
     if (dropped)
         moveToOutputUnderIt();
+}
+
+void LayerSurface::openMenu()
+{
+    m_menu.reset();
+    QPointer<WidgetWindow> window(&m_window);
+    m_menu = std::make_unique<MenuPopup>(m_display, m_layer, m_shownAt, m_pointer, scale(), FlatMenu(widgetMenu(m_window.family())),
+        m_window.widgetPalette(), [window](const MenuChoice& choice) {
+            // Once the compositor's event is handled: removing the widget ends this surface and
+            // its menu.
+            QMetaObject::invokeMethod(
+                window.data(),
+                [window, choice] {
+                    if (window)
+                        window->choose(choice);
+                },
+                Qt::QueuedConnection);
+        });
 }
 
 }

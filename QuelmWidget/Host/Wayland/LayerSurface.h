@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Host/Wayland/MenuPopup.h"
 #include "Host/Wayland/ShmBuffer.h"
 #include "Host/Wayland/WaylandDisplay.h"
 
@@ -29,7 +30,8 @@ namespace quelm::host::wayland {
 // position, never taking the keyboard. The
 // window itself stays off screen: what it paints is copied into the surface, and the pointer's
 // events over the surface are handed to it as Qt's own, so a press and move drags the window (the
-// margins follow) and a click reaches its buttons.
+// margins follow) and a click reaches its buttons. A right click opens the window's context menu
+// as a popup of the surface.
 //   new LayerSurface(display, window);   // before window.show(); a child of the window
 class LayerSurface final : public QObject, private PointerTarget {
     Q_OBJECT
@@ -63,6 +65,7 @@ private:
     void pointerButton(std::uint32_t button, bool pressed) override;
     void pointerTravelled(QPointF) override;
     void sendMove();
+    void openMenu();
 
     friend struct LayerSurfaceListeners;
 
@@ -72,6 +75,7 @@ private:
     wl_surface* m_surface = nullptr;
     zwlr_layer_surface_v1* m_layer = nullptr;
     bool m_configured = false;
+    QSize m_configuredSize;
     bool m_dirty = false;
     bool m_shownRender = false; // a laid-out widget has reached the compositor once
     wl_callback* m_frame = nullptr;
@@ -97,6 +101,10 @@ private:
         QPointF travelled;
     };
     std::optional<Press> m_press;
+
+    std::unique_ptr<MenuPopup> m_menu;
+    // Buttons whose press only closed the menu: their release goes nowhere either.
+    Qt::MouseButtons m_swallowed;
 };
 
 }

@@ -5,6 +5,7 @@
 
 #include "relative-pointer-unstable-v1-client-protocol.h"
 #include "wlr-layer-shell-unstable-v1-client-protocol.h"
+#include "xdg-shell-client-protocol.h"
 #include "xdg-output-unstable-v1-client-protocol.h"
 
 #include <QAbstractEventDispatcher>
@@ -26,6 +27,7 @@ namespace detail {
 constexpr std::uint32_t compositorVersion = 4;
 constexpr std::uint32_t shmVersion = 1;
 constexpr std::uint32_t layerShellVersion = 3;
+constexpr std::uint32_t popupShellVersion = 2;
 constexpr std::uint32_t seatVersion = 5;
 constexpr std::uint32_t outputVersion = 2;
 constexpr std::uint32_t relativePointerVersion = 1;
@@ -57,6 +59,9 @@ struct WaylandDisplayListeners {
             self.m_shm = detail::bind<wl_shm>(registry, name, wl_shm_interface, version, detail::shmVersion);
         } else if (std::strcmp(interface, zwlr_layer_shell_v1_interface.name) == 0 && !self.m_layerShell) {
             self.m_layerShell = detail::bind<zwlr_layer_shell_v1>(registry, name, zwlr_layer_shell_v1_interface, version, detail::layerShellVersion);
+        } else if (std::strcmp(interface, xdg_wm_base_interface.name) == 0 && !self.m_popupShell) {
+            self.m_popupShell = detail::bind<xdg_wm_base>(registry, name, xdg_wm_base_interface, version, detail::popupShellVersion);
+            xdg_wm_base_add_listener(self.m_popupShell, &popupShellListener, data);
         } else if (std::strcmp(interface, zwp_relative_pointer_manager_v1_interface.name) == 0 && !self.m_relativePointers) {
             self.m_relativePointers = detail::bind<zwp_relative_pointer_manager_v1>(registry, name, zwp_relative_pointer_manager_v1_interface, version, detail::relativePointerVersion);
         } else if (std::strcmp(interface, wl_seat_interface.name) == 0 && !self.m_seat) {
@@ -208,9 +213,11 @@ struct WaylandDisplayListeners {
             target->pointerMoved(detail::point(x, y));
     }
 
-    static void pointerButton(void* data, wl_pointer*, std::uint32_t, std::uint32_t, std::uint32_t button, std::uint32_t state)
+    static void pointerButton(void* data, wl_pointer*, std::uint32_t serial, std::uint32_t, std::uint32_t button, std::uint32_t state)
     {
         WaylandDisplay& self = of(data);
+        if (state == WL_POINTER_BUTTON_STATE_PRESSED)
+            self.m_lastPressSerial = serial;
         if (PointerTarget* target = self.targetOf(self.m_pointerSurface))
             target->pointerButton(button, state == WL_POINTER_BUTTON_STATE_PRESSED);
     }
@@ -222,6 +229,9 @@ struct WaylandDisplayListeners {
             target->pointerTravelled(detail::point(dx, dy));
     }
 
+    // A client that does not answer is taken for hung, and its popups with it.
+    static void popupShellPing(void*, xdg_wm_base* shell, std::uint32_t serial) { xdg_wm_base_pong(shell, serial); }
+
     static void pointerAxis(void*, wl_pointer*, std::uint32_t, std::uint32_t, wl_fixed_t) { }
     static void pointerFrame(void*, wl_pointer*) { }
     static void pointerAxisSource(void*, wl_pointer*, std::uint32_t) { }
@@ -232,6 +242,7 @@ struct WaylandDisplayListeners {
     static constexpr zxdg_output_v1_listener placementListener { placementPosition, placementSize, placementDone, placementName,
         placementDescription };
     static constexpr zwp_relative_pointer_v1_listener relativePointerListener { relativeMotion };
+    static constexpr xdg_wm_base_listener popupShellListener { popupShellPing };
     static constexpr wl_registry_listener registryListener { global, globalRemoved };
     static constexpr wl_output_listener outputListener { outputGeometry, outputMode, outputDone, outputScale, outputName, outputDescription };
     static constexpr wl_seat_listener seatListener { seatCapabilities, seatName };
@@ -284,6 +295,8 @@ WaylandDisplay::~WaylandDisplay()
         zxdg_output_manager_v1_destroy(m_outputPlacements);
     if (m_layerShell)
         zwlr_layer_shell_v1_destroy(m_layerShell);
+    if (m_popupShell)
+        xdg_wm_base_destroy(m_popupShell);
     if (m_shm)
         wl_shm_destroy(m_shm);
     if (m_compositor)

@@ -22,6 +22,7 @@ struct wl_registry;
 struct wl_seat;
 struct wl_shm;
 struct wl_surface;
+struct xdg_wm_base;
 struct zwlr_layer_shell_v1;
 struct zwp_relative_pointer_manager_v1;
 struct zwp_relative_pointer_v1;
@@ -77,6 +78,11 @@ public:
     wl_shm* shm() const { return m_shm; }
     // None when the compositor offers no desktop layers.
     zwlr_layer_shell_v1* layerShell() const { return m_layerShell; }
+    // What popups of the layer surfaces (their menus) are made with; none when not offered.
+    xdg_wm_base* popupShell() const { return m_popupShell; }
+    wl_seat* seat() const { return m_seat; }
+    // The serial of the pointer's latest button press, which a popup's grab must name.
+    std::uint32_t lastPressSerial() const { return m_lastPressSerial; }
     const std::vector<Output>& outputs() const { return m_outputs; }
     // The output a surface whose top-left corner is at `point` (layout coordinates) belongs on:
     // the one that holds the point, or else the first; none when there is no output.
@@ -109,6 +115,8 @@ private:
     wl_compositor* m_compositor = nullptr;
     wl_shm* m_shm = nullptr;
     zwlr_layer_shell_v1* m_layerShell = nullptr;
+    xdg_wm_base* m_popupShell = nullptr;
+    std::uint32_t m_lastPressSerial = 0;
     wl_seat* m_seat = nullptr;
     wl_pointer* m_pointer = nullptr;
     zwp_relative_pointer_manager_v1* m_relativePointers = nullptr;
