@@ -197,6 +197,7 @@ void PlacedWidget::render(WidgetWindow::Transition transition)
         HostTrace::line(QStringLiteral("render %1 %2").arg(m_instance.id, QString::fromStdString(views::widgetJson(rendered).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace))));
     m_window->setRendered(std::move(rendered), transition);
     scheduleRelativeTimeRefresh();
+    emit drawn();
 }
 
 void PlacedWidget::scheduleRelativeTimeRefresh()
