@@ -10,6 +10,8 @@
 
 #include <cmath>
 #include <cstring>
+#include <functional>
+#include <thread>
 
 namespace quelm::views {
 
@@ -56,13 +58,16 @@ void appendBytes(std::string& key, Number value)
     key.append(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-// The font's size and weight as bytes, then `text`: a key that tells every font apart.
-std::string textKey(const Font& font, std::string_view text)
+// The fields of fixed length first, as bytes, then `text`: no two different requests make the
+// same key.
+template<typename... Fields>
+std::string textKey(std::string_view text, const Font& font, Fields... fields)
 {
     std::string key;
-    key.reserve(sizeof font.size + 1 + text.size());
+    key.reserve(sizeof font.size + 1 + (sizeof fields + ... + 0) + text.size());
     appendBytes(key, font.size);
     key.push_back(static_cast<char>(font.weight));
+    (appendBytes(key, fields), ...);
     key.append(text);
     return key;
 }
@@ -118,7 +123,7 @@ const QFontMetricsF& Typography::metrics(const Font& font) const
 
 double Typography::width(std::string_view text, const Font& font) const
 {
-    return m_widths.get(textKey(font, text), [&] { return metrics(font).horizontalAdvance(toQString(text)); });
+    return m_widths.get(textKey(text, font), [&] { return metrics(font).horizontalAdvance(toQString(text)); });
 }
 
 // The font engine rounds a size's ascent and descent to whole pixels, which would make lines of
@@ -140,20 +145,14 @@ std::string Typography::elided(std::string_view text, const Font& font, double w
     // A hair of slack: a text measured to exactly this width must not lose its last letter.
     if (this->width(text, font) <= width + 0.01)
         return std::string(text);
-    std::string key = textKey(font, text);
-    appendBytes(key, width);
-    appendBytes(key, 1);
-    return m_wrapped.get(key, [&] { return std::vector { metrics(font).elidedText(toQString(text), Qt::ElideRight, width).toStdString() }; }).front();
+    return m_wrapped.get(textKey(text, font, width, 1), [&] { return std::vector { metrics(font).elidedText(toQString(text), Qt::ElideRight, width).toStdString() }; }).front();
 }
 
 std::vector<std::string> Typography::wrapped(std::string_view text, const Font& font, double width, int lineLimit) const
 {
     if (lineLimit <= 1 || this->width(text, font) <= width + 0.01)
         return { elided(text, font, width) };
-    std::string key = textKey(font, text);
-    appendBytes(key, width);
-    appendBytes(key, lineLimit);
-    return m_wrapped.get(key, [&] { return wrappedLines(text, font, width, lineLimit); });
+    return m_wrapped.get(textKey(text, font, width, lineLimit), [&] { return wrappedLines(text, font, width, lineLimit); });
 }
 
 std::vector<std::string> Typography::wrappedLines(std::string_view text, const Font& font, double width, int lineLimit) const
@@ -191,7 +190,10 @@ namespace quelm::views {
 
 QList<QGlyphRun> Typography::shaped(std::string_view text, const Font& font) const
 {
-    return m_shaped.get(textKey(font, text), [&] {
+    // Each thread draws the runs it shaped: a run holds the font engine of the thread that made
+    // it, and font engines are not shared between threads.
+    const std::size_t thread = std::hash<std::thread::id>()(std::this_thread::get_id());
+    return m_shaped.get(textKey(text, font, thread), [&] {
         // A device of its own: renders may run on several threads at once.
         QImage device(1, 1, QImage::Format_ARGB32_Premultiplied);
         makePointSized(device);
