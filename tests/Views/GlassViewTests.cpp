@@ -120,3 +120,15 @@ TEST_F(GlassViewTest, KeptBackgroundsStayFewAndAForgottenOneIsPaintedTheSame)
     EXPECT_EQ(views::GlassView::keptBackgrounds(), 0u);
     EXPECT_EQ(paintedGlass(glowing, QSize(170, 170)), first) << "painted anew";
 }
+
+TEST_F(GlassViewTest, KeptSymbolImagesStayFewAndStayTheSame)
+{
+    const QImage first = views::SymbolImages::tinted("play.fill", 24, QColor(255, 255, 255, 200));
+    ASSERT_FALSE(first.isNull());
+    // A long session's worth of colours.
+    for (int shade = 0; shade < 400; ++shade) {
+        views::SymbolImages::tinted("play.fill", 24, QColor(shade % 256, 128, 64, 200));
+        EXPECT_LE(views::SymbolImages::keptImages(), 256u);
+    }
+    EXPECT_EQ(views::SymbolImages::tinted("play.fill", 24, QColor(255, 255, 255, 200)), first);
+}
