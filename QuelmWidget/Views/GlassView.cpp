@@ -227,10 +227,6 @@ void GlassView::clearCorners(QPainter& painter, const QRectF& frame)
     painter.restore();
 }
 
-}
-
-namespace quelm::views {
-
 void GlassView::forgetBackgrounds()
 {
     backgrounds().clear();

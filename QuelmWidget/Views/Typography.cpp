@@ -9,7 +9,6 @@
 #include <QTextOption>
 
 #include <cmath>
-#include <cstring>
 #include <functional>
 #include <thread>
 
@@ -157,7 +156,6 @@ std::vector<std::string> Typography::wrapped(std::string_view text, const Font& 
 
 std::vector<std::string> Typography::wrappedLines(std::string_view text, const Font& font, double width, int lineLimit) const
 {
-
     // A device of its own: layouts may run on several threads at once.
     QImage device(1, 1, QImage::Format_ARGB32_Premultiplied);
     makePointSized(device);
@@ -183,10 +181,6 @@ std::vector<std::string> Typography::wrappedLines(std::string_view text, const F
         lines.emplace_back();
     return lines;
 }
-
-}
-
-namespace quelm::views {
 
 QList<QGlyphRun> Typography::shaped(std::string_view text, const Font& font) const
 {
