@@ -223,12 +223,16 @@ void clickToPendingRepaint(benchmark::State& state)
 {
     Session& s = session();
     const auto host = s.startHost();
+    // The widget's first picture may reach the compositor before or after the app's state does.
     std::optional<json> tree;
+    bool drawn = false;
     const auto running = host->waitForLine([&](const std::string& line) {
-        tree = renderedTree(line);
-        return tree && (*tree)["appStatus"] == "running";
+        drawn = drawn || startsWith(line, "layer drawn ");
+        if (auto next = renderedTree(line); next && (*next)["appStatus"] == "running")
+            tree = std::move(next);
+        return drawn && tree;
     });
-    if (!running || !host->waitForLine([](const std::string& line) { return startsWith(line, "layer drawn "); })) {
+    if (!running) {
         state.SkipWithError("the widget never showed the running app");
         return;
     }
