@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Host/ConfigurationDialog.h"
 
+#include "Host/ApplicationIcon.h"
 #include "Host/HostTexts.h"
 #include "Widget/QuelmWidgetBundle.h"
 #include "Widget/QuelmWidgetConfiguration.h"
@@ -19,6 +20,7 @@ ConfigurationDialog::ConfigurationDialog(WidgetSortOrder current, QWidget* paren
     , m_sortOrder(new QComboBox(this))
 {
     setWindowTitle(widgetText(QuelmWidget::configurationDisplayName));
+    setWindowIcon(applicationIcon());
 
     const auto& parameter = QuelmWidgetConfiguration::sortOrderParameter();
     for (const WidgetSortOrder order : parameter.options)

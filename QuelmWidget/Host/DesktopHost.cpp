@@ -5,6 +5,7 @@
 #include "Host/HostTexts.h"
 #include "Host/HostTrace.h"
 #include "Host/WindowPlacement.h"
+#include "Views/GlassView.h"
 
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
@@ -48,10 +49,14 @@ DesktopHost::DesktopHost(const QuelmWidgetBundle& bundle, InstanceStore store, Q
 
     // A click's renders, images and timelines come and go within a second; the allocator keeps
     // the pages they freed unless asked. Once the widgets are quiet, the host hands them back, so
-    // that it stays as small after a thousand clicks as at start.
+    // that it stays as small after a thousand clicks as at start. The glass backgrounds go too:
+    // a window keeps its pixels, and a quiet widget may not render again for minutes.
     m_trimTimer.setSingleShot(true);
     m_trimTimer.setInterval(trimDelayMilliseconds);
-    connect(&m_trimTimer, &QTimer::timeout, this, [] { ::malloc_trim(0); });
+    connect(&m_trimTimer, &QTimer::timeout, this, [] {
+        views::GlassView::forgetBackgrounds();
+        ::malloc_trim(0);
+    });
 
     m_arrangeTimer.setSingleShot(true);
     m_arrangeTimer.setInterval(arrangeDelayMilliseconds);
@@ -179,6 +184,7 @@ PlacedWidget& DesktopHost::place(WidgetInstance instance)
     m_placed.push_back(placed);
 
     connect(placed, &PlacedWidget::instanceChanged, this, &DesktopHost::saveSoon);
+    connect(placed, &PlacedWidget::drawn, &m_trimTimer, qOverload<>(&QTimer::start));
     connect(placed, &PlacedWidget::addRequested, this, [this] { openGallery(); });
     connect(placed, &PlacedWidget::quitRequested, this, &DesktopHost::quitRequested);
     connect(placed, &PlacedWidget::removeRequested, this, [this, placed] { remove(*placed); });

@@ -40,7 +40,8 @@ class DesktopHost : public QObject {
 public:
     static constexpr int saveDelayMilliseconds = 500;
     static constexpr int arrangeDelayMilliseconds = 250;
-    // How long after the last reload the host gives its freed memory back to the system.
+    // How long after the last reload or render the host gives its freed memory back to the
+    // system, with the glass backgrounds its renders kept.
     static constexpr int trimDelayMilliseconds = 2000;
 
     DesktopHost(const QuelmWidgetBundle& bundle, InstanceStore store, QObject* parent = nullptr);

@@ -8,7 +8,6 @@
 #include "Timeline/SnapshotCache.h"
 #include "Widget/QuelmWidgetBundle.h"
 
-#include "Host/ApplicationIcon.h"
 
 #include <QApplication>
 #include <QDir>
@@ -46,7 +45,9 @@ int runDesktopHost(int& argc, char** argv, const DesktopHostOptions& options, st
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("quelm-widget"));
     QApplication::setDesktopFileName(QStringLiteral("dev.quelm.QuelmWidget"));
-    QApplication::setWindowIcon(applicationIcon());
+    // No application-wide icon: looking it up in the icon theme and handing it to every widget's
+    // window costs the start more than anything but the first render, and the widgets' windows
+    // show no icon anywhere. The dialogs and the tray icon take it when they open.
     // The widgets are tool windows; the host ends when the user quits it, not when one closes.
     QApplication::setQuitOnLastWindowClosed(false);
     installTranslation(application);

@@ -75,6 +75,9 @@ PlacedWidget::~PlacedWidget()
 
 void PlacedWidget::show(QPoint position)
 {
+    // Asked first: the provider reads the container on a worker thread while this one draws the
+    // placeholder. Its answer comes through the event loop, after the placeholder.
+    m_timeline->reload();
     if (!m_displayed) {
         TimelineEntry placeholder = m_widget.provider.placeholder(m_instance.timelineContext());
         placeholder.sortOrder = m_instance.sortOrder;
@@ -90,7 +93,6 @@ void PlacedWidget::show(QPoint position)
         m_instance.screen = screenName();
     }
     traceWindow();
-    m_timeline->reload();
 }
 
 void PlacedWidget::moveTo(QPoint position)
@@ -197,6 +199,7 @@ void PlacedWidget::render(WidgetWindow::Transition transition)
         HostTrace::line(QStringLiteral("render %1 %2").arg(m_instance.id, QString::fromStdString(views::widgetJson(rendered).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace))));
     m_window->setRendered(std::move(rendered), transition);
     scheduleRelativeTimeRefresh();
+    emit drawn();
 }
 
 void PlacedWidget::scheduleRelativeTimeRefresh()

@@ -62,6 +62,8 @@ signals:
     void addRequested();
     void quitRequested();
     void toggleRequested(const quelm::ToggleItemIntent& intent);
+    // The window was given a new render.
+    void drawn();
 
 private:
     void entryChanged(const TimelineEntry&);

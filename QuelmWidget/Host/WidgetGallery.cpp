@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Host/WidgetGallery.h"
 
+#include "Host/ApplicationIcon.h"
 #include "Host/HostTexts.h"
 #include "Timeline/TimelineContext.h"
 #include "Views/WidgetRenderer.h"
@@ -21,6 +22,7 @@ WidgetGallery::WidgetGallery(const QuelmWidget& widget, const views::Palette& pa
     , m_palette(palette)
 {
     setWindowTitle(hostText(HostTexts::gallery));
+    setWindowIcon(applicationIcon());
 
     auto* name = new QLabel(widgetText(QuelmWidget::configurationDisplayName), this);
     QFont heading = name->font();

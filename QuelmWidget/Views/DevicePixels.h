@@ -10,13 +10,15 @@ namespace quelm::views {
 
 // Lays `image`, made in the device's own pixels, over the painter's device with its top-left
 // pixel at `devicePixel`: no resampling, whatever the painter's transform and pixel ratio.
-inline void drawAtDevicePixel(QPainter& painter, QPoint devicePixel, QImage image)
+inline void drawAtDevicePixel(QPainter& painter, QPoint devicePixel, const QImage& image)
 {
     const qreal ratio = painter.device()->devicePixelRatioF();
-    image.setDevicePixelRatio(ratio);
     painter.save();
     painter.resetTransform(); // what remains is the device's own pixel ratio
-    painter.drawImage(QPointF(devicePixel) / ratio, image);
+    // Source and target rectangles rather than the image's own pixel ratio: changing that ratio
+    // would copy the image on every draw.
+    const QRectF target(QPointF(devicePixel) / ratio, QSizeF(image.size()) / ratio);
+    painter.drawImage(target, image, QRectF(image.rect()));
     painter.restore();
 }
 

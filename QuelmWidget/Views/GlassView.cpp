@@ -140,6 +140,17 @@ public:
         return image;
     }
 
+    void clear()
+    {
+        std::lock_guard lock(m_mutex);
+        m_images.clear();
+    }
+    std::size_t size()
+    {
+        std::lock_guard lock(m_mutex);
+        return m_images.size();
+    }
+
 private:
     struct Entry {
         Glows glows;
@@ -151,6 +162,12 @@ private:
     std::mutex m_mutex;
     std::map<std::tuple<int, int, long long>, Entry> m_images;
 };
+
+BackgroundCache& backgrounds()
+{
+    static BackgroundCache cache;
+    return cache;
+}
 
 long long thousandths(double value)
 {
@@ -183,8 +200,7 @@ void GlassView::paintBackground(QPainter& painter, const QRectF& frame, const no
         glows.emplace_back(palette.resolve(glow.color).rgba(), thousandths(glow.opacity), static_cast<int>(glow.center), thousandths(glow.endRadius));
     const BackgroundCache::Key key { pixels.width(), pixels.height(), thousandths(scale), std::move(glows),
         palette.resolve(Color::of(Color::Named::accent)).rgba() };
-    static BackgroundCache cache;
-    QImage background = cache.get(key, [&] {
+    QImage background = backgrounds().get(key, [&] {
         QImage image(pixels.size(), QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
         QPainter layer;
@@ -209,6 +225,16 @@ void GlassView::clearCorners(QPainter& painter, const QRectF& frame)
     painter.setCompositionMode(QPainter::CompositionMode_Clear);
     painter.fillPath(outside, Qt::black);
     painter.restore();
+}
+
+void GlassView::forgetBackgrounds()
+{
+    backgrounds().clear();
+}
+
+std::size_t GlassView::keptBackgrounds()
+{
+    return backgrounds().size();
 }
 
 }

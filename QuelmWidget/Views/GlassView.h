@@ -8,6 +8,8 @@
 
 #include <QRectF>
 
+#include <cstddef>
+
 class QPainter;
 
 namespace quelm::views {
@@ -27,6 +29,12 @@ public:
     // Erases what lies outside the rounded shape of `frame` (antialiased), so the corners are
     // transparent, whatever was painted there.
     static void clearCorners(QPainter&, const QRectF& frame);
+
+    // Painted backgrounds are kept (a few sizes, each only its latest glows) so that renders in
+    // quick succession paint the glass once. A host whose widgets have gone quiet forgets them:
+    // its windows hold their pixels, and the next render paints the glass anew.
+    static void forgetBackgrounds();
+    static std::size_t keptBackgrounds();
 };
 
 }

@@ -3,6 +3,7 @@
 
 #include "Text/LocalizationKeys.h"
 #include "Text/RelativeTime.h"
+#include "Views/BoundedCache.h"
 #include "Views/TranslationCatalogue.h"
 
 #include <QString>
@@ -12,6 +13,7 @@
 #include <unicode/numberformatter.h>
 #include <unicode/unistr.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 
@@ -93,6 +95,16 @@ std::string Localizer::translate(std::string_view key, std::optional<long long> 
 
 std::string Localizer::number(long long value) const
 {
+    // Formatting a number takes longer than laying out its row; renders show the same few again.
+    static BoundedCache<std::string, std::string> written(256);
+    std::string key = m_localization.locale;
+    key.push_back('\0');
+    key.append(reinterpret_cast<const char*>(&value), sizeof value);
+    return written.get(key, [&] { return formatted(value); });
+}
+
+std::string Localizer::formatted(long long value) const
+{
     // Each thread keeps the formatter of the locale it wrote numbers in last.
     thread_local std::string formatterLocale;
     thread_local std::optional<icu::number::LocalizedNumberFormatter> formatter;
@@ -115,7 +127,13 @@ std::string Localizer::text(const LocalizedText& text) const
 
 std::string Localizer::relativeTime(Date since, Date now) const
 {
-    return RelativeTime::text(since, now, m_localization.locale);
+    // The text follows the whole seconds elapsed; rows started together show the same one.
+    static BoundedCache<std::string, std::string> written(256);
+    const double elapsed = std::floor(now.secondsSince(since));
+    std::string key = m_localization.locale;
+    key.push_back('\0');
+    key.append(reinterpret_cast<const char*>(&elapsed), sizeof elapsed);
+    return written.get(key, [&] { return RelativeTime::text(since, now, m_localization.locale); });
 }
 
 LocalizedText::Translate Localizer::translator() const

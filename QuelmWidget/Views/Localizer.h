@@ -50,6 +50,8 @@ public:
     LocalizedText::Translate translator() const;
 
 private:
+    std::string formatted(long long) const;
+
     WidgetLocalization m_localization;
     std::shared_ptr<const QTranslator> m_translator;
 };

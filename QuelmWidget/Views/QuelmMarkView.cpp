@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Views/QuelmMarkView.h"
 
+#include "Views/BoundedCache.h"
 #include "Views/DevicePixels.h"
 #include "Text/QuelmMarkLabel.h"
 
@@ -11,6 +12,7 @@
 #include <QPainterPath>
 
 #include <cmath>
+#include <string>
 
 namespace quelm::views {
 
@@ -41,6 +43,43 @@ QRectF toQRect(const Rect& rect)
     return { rect.x, rect.y, rect.width, rect.height };
 }
 
+QImage paintedLayer(QSize pixels, const QRectF& local, const QColor& opaque, bool running)
+{
+    QImage layer(pixels, QImage::Format_ARGB32_Premultiplied);
+    layer.fill(Qt::transparent);
+    const Rect rect { local.x(), local.y(), local.width(), local.height() };
+    QPainter layerPainter(&layer);
+    layerPainter.setRenderHint(QPainter::Antialiasing);
+    const QPainterPath star = toPainterPath(QuelmMark::starPath(rect));
+    layerPainter.fillPath(star, opaque);
+    QPen outline(opaque, QuelmMark::strokeWidth(rect), Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin);
+    outline.setMiterLimit(10);
+    layerPainter.strokePath(star, outline);
+
+    layerPainter.setCompositionMode(QPainter::CompositionMode_Clear);
+    layerPainter.setPen(Qt::NoPen);
+    layerPainter.setBrush(opaque);
+    layerPainter.drawEllipse(toQRect(QuelmMark::holeRect(rect)));
+    layerPainter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+
+    if (running)
+        layerPainter.drawEllipse(toQRect(QuelmMark::sphereRect(rect)));
+    return layer;
+}
+
+template<typename Number>
+void appendBytes(std::string& key, Number value)
+{
+    key.append(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+// The header's mark is drawn in every render, in one or two sizes and colours.
+BoundedCache<std::string, QImage>& layers()
+{
+    static BoundedCache<std::string, QImage> cache(16);
+    return cache;
+}
+
 }
 
 ViewNode QuelmMarkView::node(bool running, Color color, double side, const ViewContext& context)
@@ -58,35 +97,21 @@ void QuelmMarkView::paint(QPainter& painter, const QRectF& frame, const QColor& 
     const QRect pixels = deviceFrame.toAlignedRect();
     if (pixels.isEmpty())
         return;
-    QImage layer(pixels.size(), QImage::Format_ARGB32_Premultiplied);
-    layer.fill(Qt::transparent);
-
     // The geometry is figured in the layer's pixels: every size of the mark scales with its width.
     const QRectF local = deviceFrame.translated(-pixels.topLeft());
-    const Rect rect { local.x(), local.y(), local.width(), local.height() };
     const QColor opaque(color.red(), color.green(), color.blue());
-    {
-        QPainter layerPainter(&layer);
-        layerPainter.setRenderHint(QPainter::Antialiasing);
-        const QPainterPath star = toPainterPath(QuelmMark::starPath(rect));
-        layerPainter.fillPath(star, opaque);
-        QPen outline(opaque, QuelmMark::strokeWidth(rect), Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin);
-        outline.setMiterLimit(10);
-        layerPainter.strokePath(star, outline);
-
-        layerPainter.setCompositionMode(QPainter::CompositionMode_Clear);
-        layerPainter.setPen(Qt::NoPen);
-        layerPainter.setBrush(opaque);
-        layerPainter.drawEllipse(toQRect(QuelmMark::holeRect(rect)));
-        layerPainter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-
-        if (running)
-            layerPainter.drawEllipse(toQRect(QuelmMark::sphereRect(rect)));
-    }
+    std::string key;
+    for (const double value : { local.x(), local.y(), local.width(), local.height() })
+        appendBytes(key, value);
+    appendBytes(key, pixels.width());
+    appendBytes(key, pixels.height());
+    appendBytes(key, opaque.rgba());
+    appendBytes(key, running);
+    const QImage layer = layers().get(key, [&] { return paintedLayer(pixels.size(), local, opaque, running); });
 
     painter.save();
     painter.setOpacity(painter.opacity() * color.alphaF());
-    drawAtDevicePixel(painter, pixels.topLeft(), std::move(layer));
+    drawAtDevicePixel(painter, pixels.topLeft(), layer);
     painter.restore();
 }
 

@@ -138,10 +138,22 @@ public:
         }
         QImage image = make();
         std::lock_guard lock(m_mutex);
+        // A widget shows a few dozen symbols, colours and sizes; a session that went through
+        // many screens and palettes starts again rather than keep them all.
+        if (m_images.size() >= maximumImages && !m_images.contains(key))
+            m_images.clear();
         return m_images.emplace(key, std::move(image)).first->second;
     }
 
+    std::size_t size()
+    {
+        std::lock_guard lock(m_mutex);
+        return m_images.size();
+    }
+
 private:
+    static constexpr std::size_t maximumImages = 256;
+
     std::mutex m_mutex;
     std::map<CacheKey, QImage> m_images;
 };
@@ -167,6 +179,11 @@ QImage SymbolImages::tinted(std::string_view symbol, int pixels, const QColor& c
         tint(image, color);
         return image;
     });
+}
+
+std::size_t SymbolImages::keptImages()
+{
+    return cache().size();
 }
 
 int SymbolImages::haloMargin(double sigma)

@@ -6,14 +6,14 @@
 #include <QPainter>
 #include <QRectF>
 
+#include <cstddef>
 #include <string_view>
 
 namespace quelm::views {
 
 // The icons of the widget, looked up by their catalogue name ("leaf.fill", "play.fill", …) in the
-// library's resource, rendered from SVG and tinted at draw time. Rendered images are kept for
-// the life of the process, keyed by symbol, pixel size and colour. Safe to use from several
-// threads.
+// library's resource, rendered from SVG and tinted at draw time. Rendered images are kept, keyed
+// by symbol, pixel size and colour (a few hundred at most). Safe to use from several threads.
 class SymbolImages {
 public:
     // Whether the resource holds the symbol.
@@ -26,6 +26,8 @@ public:
     // `sigma` device pixels, on a square `pixels + 2 × haloMargin(sigma)` wide, the symbol centred.
     static QImage halo(std::string_view symbol, int pixels, const QColor& color, double sigma);
     static int haloMargin(double sigma);
+    // How many rendered images are kept.
+    static std::size_t keptImages();
 
     // Paints `symbol` in a square of side `side` (points) centred in `frame`, in `color`, with a
     // halo of `haloColor` and radius `haloRadius` (points) beneath it when the halo is visible.

@@ -7,7 +7,9 @@
 #include "Views/SymbolImages.h"
 
 #include <QPainter>
-#include <QStringTokenizer>
+
+#include <ranges>
+#include <string_view>
 
 namespace quelm::views {
 
@@ -39,14 +41,12 @@ void TreePainter::paintNode(QPainter& painter, const ViewNode& node) const
     if (const auto* glass = node.as<node::Glass>()) {
         GlassView::paintBackground(painter, frame, *glass, m_palette);
     } else if (const auto* text = node.as<node::Text>()) {
-        painter.setFont(m_typography.font(text->font, *painter.device()));
         painter.setPen(m_palette.resolve(text->color));
-        const QString shown = QString::fromStdString(text->shown);
         const double ascent = m_typography.ascent(text->font);
         const double lineHeight = m_typography.lineHeight(text->font);
         double baseline = frame.y() + ascent;
-        for (const QStringView line : QStringTokenizer(shown, QLatin1Char('\n'))) {
-            painter.drawText(QPointF(frame.x(), baseline), line.toString());
+        for (const auto line : std::views::split(std::string_view(text->shown), '\n')) {
+            m_typography.drawLine(painter, QPointF(frame.x(), baseline), std::string_view(line.begin(), line.end()), text->font);
             baseline += lineHeight;
         }
     } else if (const auto* symbol = node.as<node::Symbol>()) {

@@ -4,11 +4,13 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QPaintDevice>
+#include <QPainter>
 #include <QTextLayout>
 #include <QTextOption>
 
 #include <cmath>
-#include <cstring>
+#include <functional>
+#include <thread>
 
 namespace quelm::views {
 
@@ -17,7 +19,10 @@ namespace {
 constexpr double pointsPerInch = 72;
 constexpr double metersPerInch = 0.0254;
 constexpr double referenceSize = 1000;
+// Relative times change every minute; a long-running host must not keep every one it showed.
 constexpr std::size_t maximumRememberedWidths = 4096;
+constexpr std::size_t maximumRememberedWrappings = 256;
+constexpr std::size_t maximumRememberedLines = 512;
 
 QFont::Weight qtWeight(FontWeight weight)
 {
@@ -46,11 +51,34 @@ QString toQString(std::string_view text)
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+template<typename Number>
+void appendBytes(std::string& key, Number value)
+{
+    key.append(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+// The fields of fixed length first, as bytes, then `text`: no two different requests make the
+// same key.
+template<typename... Fields>
+std::string textKey(std::string_view text, const Font& font, Fields... fields)
+{
+    std::string key;
+    key.reserve(sizeof font.size + 1 + (sizeof fields + ... + 0) + text.size());
+    appendBytes(key, font.size);
+    key.push_back(static_cast<char>(font.weight));
+    (appendBytes(key, fields), ...);
+    key.append(text);
+    return key;
+}
+
 }
 
 Typography::Typography()
     : m_family(chooseFamily())
     , m_referenceDevice(1, 1, QImage::Format_ARGB32_Premultiplied)
+    , m_widths(maximumRememberedWidths)
+    , m_wrapped(maximumRememberedWrappings)
+    , m_shaped(maximumRememberedLines)
 {
     makePointSized(m_referenceDevice);
 }
@@ -94,23 +122,7 @@ const QFontMetricsF& Typography::metrics(const Font& font) const
 
 double Typography::width(std::string_view text, const Font& font) const
 {
-    // The key: the size's bytes, the weight, and the text itself.
-    std::string key(sizeof font.size + 1, '\0');
-    std::memcpy(key.data(), &font.size, sizeof font.size);
-    key[sizeof font.size] = static_cast<char>(font.weight);
-    key.append(text);
-    {
-        std::lock_guard lock(m_mutex);
-        if (auto found = m_widths.find(key); found != m_widths.end())
-            return found->second;
-    }
-    const double measured = metrics(font).horizontalAdvance(toQString(text));
-    std::lock_guard lock(m_mutex);
-    // Relative times change every minute; a long-running host must not keep every one it showed.
-    if (m_widths.size() >= maximumRememberedWidths)
-        m_widths.clear();
-    m_widths.emplace(std::move(key), measured);
-    return measured;
+    return m_widths.get(textKey(text, font), [&] { return metrics(font).horizontalAdvance(toQString(text)); });
 }
 
 // The font engine rounds a size's ascent and descent to whole pixels, which would make lines of
@@ -132,14 +144,18 @@ std::string Typography::elided(std::string_view text, const Font& font, double w
     // A hair of slack: a text measured to exactly this width must not lose its last letter.
     if (this->width(text, font) <= width + 0.01)
         return std::string(text);
-    return metrics(font).elidedText(toQString(text), Qt::ElideRight, width).toStdString();
+    return m_wrapped.get(textKey(text, font, width, 1), [&] { return std::vector { metrics(font).elidedText(toQString(text), Qt::ElideRight, width).toStdString() }; }).front();
 }
 
 std::vector<std::string> Typography::wrapped(std::string_view text, const Font& font, double width, int lineLimit) const
 {
     if (lineLimit <= 1 || this->width(text, font) <= width + 0.01)
         return { elided(text, font, width) };
+    return m_wrapped.get(textKey(text, font, width, lineLimit), [&] { return wrappedLines(text, font, width, lineLimit); });
+}
 
+std::vector<std::string> Typography::wrappedLines(std::string_view text, const Font& font, double width, int lineLimit) const
+{
     // A device of its own: layouts may run on several threads at once.
     QImage device(1, 1, QImage::Format_ARGB32_Premultiplied);
     makePointSized(device);
@@ -164,6 +180,46 @@ std::vector<std::string> Typography::wrapped(std::string_view text, const Font& 
     if (lines.empty())
         lines.emplace_back();
     return lines;
+}
+
+QList<QGlyphRun> Typography::shaped(std::string_view text, const Font& font) const
+{
+    // Each thread draws the runs it shaped: a run holds the font engine of the thread that made
+    // it, and font engines are not shared between threads.
+    const std::size_t thread = std::hash<std::thread::id>()(std::this_thread::get_id());
+    return m_shaped.get(textKey(text, font, thread), [&] {
+        // A device of its own: renders may run on several threads at once.
+        QImage device(1, 1, QImage::Format_ARGB32_Premultiplied);
+        makePointSized(device);
+        QTextLayout layout(toQString(text), this->font(font, device), &device);
+        layout.beginLayout();
+        QTextLine line = layout.createLine();
+        layout.endLayout();
+        if (!line.isValid())
+            return QList<QGlyphRun>();
+        // Relative to the baseline, which is where the painter is asked to draw.
+        QList<QGlyphRun> runs = layout.glyphRuns();
+        for (QGlyphRun& run : runs) {
+            QList<QPointF> positions = run.positions();
+            for (QPointF& position : positions)
+                position.ry() -= line.ascent();
+            run.setPositions(positions);
+        }
+        return runs;
+    });
+}
+
+void Typography::drawLine(QPainter& painter, QPointF baseline, std::string_view text, const Font& font) const
+{
+    for (const QGlyphRun& run : shaped(text, font))
+        painter.drawGlyphRun(baseline, run);
+}
+
+void Typography::forgetTexts() const
+{
+    m_widths.clear();
+    m_wrapped.clear();
+    m_shaped.clear();
 }
 
 }

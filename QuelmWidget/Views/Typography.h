@@ -1,21 +1,25 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Views/BoundedCache.h"
 #include "Views/ViewTree.h"
 
 #include <QFont>
 #include <QFontMetricsF>
+#include <QGlyphRun>
 #include <QImage>
+#include <QList>
 #include <QString>
 
 #include <map>
 #include <mutex>
-#include <unordered_map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 class QPaintDevice;
+class QPainter;
+class QPointF;
 
 namespace quelm::views {
 
@@ -47,18 +51,30 @@ public:
     // `lineLimit` lines that fit `width`; the last line is elided when text remains.
     std::vector<std::string> wrapped(std::string_view text, const Font&, double width, int lineLimit) const;
 
+    // Draws one line of `text` with its baseline starting at `baseline` (points), in the
+    // painter's pen. The line is shaped once and kept: a widget redraws the same texts often.
+    void drawLine(QPainter&, QPointF baseline, std::string_view text, const Font&) const;
+
+    // Forgets every measured and shaped text (the font metrics stay).
+    void forgetTexts() const;
+
     // A paint device on which one point is one pixel (72 dots per inch).
     static void makePointSized(QImage&);
 
 private:
     const QFontMetricsF& metrics(const Font&) const;
+    QList<QGlyphRun> shaped(std::string_view text, const Font&) const;
+    std::vector<std::string> wrappedLines(std::string_view text, const Font&, double width, int lineLimit) const;
 
     QString m_family;
     QImage m_referenceDevice;
     mutable std::mutex m_mutex;
     mutable std::map<std::pair<double, FontWeight>, QFontMetricsF> m_metrics;
-    // Shaping a text is what measuring costs; a layout asks for the same texts many times.
-    mutable std::unordered_map<std::string, double> m_widths;
+    // Shaping a text is what measuring and drawing it cost, and every render asks for the same
+    // texts again. Keyed by the font's bytes and the text (and the width and line limit).
+    mutable BoundedCache<std::string, double> m_widths;
+    mutable BoundedCache<std::string, std::vector<std::string>> m_wrapped;
+    mutable BoundedCache<std::string, QList<QGlyphRun>> m_shaped;
 };
 
 }

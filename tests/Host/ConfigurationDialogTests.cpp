@@ -38,6 +38,7 @@ TEST_F(ConfigurationDialogTest, OffersOrdenarPorWithTheTwoDisplayTexts)
     ASSERT_NE(label, nullptr);
     EXPECT_EQ(label->text(), QStringLiteral("Ordenar por"));
     EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Quelm"));
+    EXPECT_FALSE(dialog.windowIcon().isNull());
 }
 
 TEST_F(ConfigurationDialogTest, ShowsTheInstancesCurrentOrder)

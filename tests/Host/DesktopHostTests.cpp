@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Host/DesktopHost.h"
+#include "Views/GlassView.h"
 
 #include "HostTestSupport.h"
 #include "Host/HostTexts.h"
@@ -272,6 +273,28 @@ TEST_F(DesktopHostTest, ANewSnapshotInTheContainerShowsWithoutBeingAsked)
     next.items.front().startedAt.reset();
     store().writeSnapshot(next);
     ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry()->snapshot == next; }));
+}
+
+TEST_F(DesktopHostTest, AQuietHostKeepsNoGlassBackgrounds)
+{
+    publish();
+    DesktopHost host(bundle, instanceStore());
+    host.start(err);
+    PlacedWidget& placed = *host.placedWidgets().front();
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry().has_value(); }));
+    // Painted: its glass is kept while renders may follow.
+    const QImage before = placed.window().grab().toImage();
+    EXPECT_GE(views::GlassView::keptBackgrounds(), 1u);
+
+    WidgetSnapshot next = snapshot();
+    next.items.front().isRunning = false;
+    next.items.front().startedAt.reset();
+    store().writeSnapshot(next);
+    ASSERT_TRUE(test::waitFor([&] { return placed.shownEntry()->snapshot == next; }));
+    EXPECT_TRUE(test::waitFor([] { return views::GlassView::keptBackgrounds() == 0; }));
+    // And the widget still paints whole.
+    EXPECT_EQ(placed.window().grab().toImage().size(), before.size());
+    EXPECT_EQ(qAlpha(placed.window().grab().toImage().pixel(before.width() / 2, before.height() / 2)), 255);
 }
 
 TEST_F(DesktopHostTest, AClickOnAStoppedItemQueuesAStartAndShowsItStarting)

@@ -28,6 +28,7 @@ TEST_F(WidgetGalleryTest, OffersTheDeclaredFamiliesInOrder)
     EXPECT_EQ(buttons[1]->text(), QStringLiteral("Médio"));
     EXPECT_EQ(buttons[2]->text(), QStringLiteral("Grande"));
     EXPECT_EQ(buttons[3]->text(), QStringLiteral("Extragrande"));
+    EXPECT_FALSE(gallery.windowIcon().isNull()) << "the gallery is a window of its own, with the brand mark";
 }
 
 TEST_F(WidgetGalleryTest, EveryFamilyGetsAPreviewOfTheSample)

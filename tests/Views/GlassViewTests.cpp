@@ -87,3 +87,48 @@ TEST_F(GlassViewTest, SymbolsOfEveryRowAreInTheResource)
              "exclamationmark.bubble.fill" })
         EXPECT_TRUE(views::SymbolImages::has(symbol)) << symbol;
 }
+
+namespace {
+
+QImage paintedGlass(const views::node::Glass& glass, QSize size)
+{
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    views::GlassView::paintBackground(painter, QRectF(QPointF(0, 0), QSizeF(size)), glass, views::Palette());
+    painter.end();
+    return image;
+}
+
+}
+
+TEST_F(GlassViewTest, KeptBackgroundsStayFewAndAForgottenOneIsPaintedTheSame)
+{
+    const views::node::Glass glowing { quelm::WidgetGlass::glowLayers({ Color::of(Color::Named::orange) }) };
+    views::GlassView::forgetBackgrounds();
+    const QImage first = paintedGlass(glowing, QSize(170, 170));
+    EXPECT_EQ(views::GlassView::keptBackgrounds(), 1u);
+    EXPECT_EQ(paintedGlass(glowing, QSize(170, 170)), first) << "drawn from what was kept";
+
+    // However many sizes a long session asks for, only a few are kept.
+    for (int width = 100; width < 140; ++width) {
+        paintedGlass(glowing, QSize(width, 80));
+        EXPECT_LE(views::GlassView::keptBackgrounds(), 8u);
+    }
+
+    views::GlassView::forgetBackgrounds();
+    EXPECT_EQ(views::GlassView::keptBackgrounds(), 0u);
+    EXPECT_EQ(paintedGlass(glowing, QSize(170, 170)), first) << "painted anew";
+}
+
+TEST_F(GlassViewTest, KeptSymbolImagesStayFewAndStayTheSame)
+{
+    const QImage first = views::SymbolImages::tinted("play.fill", 24, QColor(255, 255, 255, 200));
+    ASSERT_FALSE(first.isNull());
+    // A long session's worth of colours.
+    for (int shade = 0; shade < 400; ++shade) {
+        views::SymbolImages::tinted("play.fill", 24, QColor(shade % 256, 128, 64, 200));
+        EXPECT_LE(views::SymbolImages::keptImages(), 256u);
+    }
+    EXPECT_EQ(views::SymbolImages::tinted("play.fill", 24, QColor(255, 255, 255, 200)), first);
+}

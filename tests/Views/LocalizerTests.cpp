@@ -77,6 +77,23 @@ TEST_F(LocalizerTest, RelativeTimesFollowTheLocale)
     EXPECT_NE(english.relativeTime(started, fixedNow).find("10"), std::string::npos);
 }
 
+TEST_F(LocalizerTest, NumbersAndTimesWrittenBeforeAreWrittenTheSameAgainInTheirOwnLocale)
+{
+    const Localizer brazilian = Localizer::forSnapshotLanguage("pt-BR", "");
+    const Localizer english = Localizer::forSnapshotLanguage("en", "");
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(brazilian.number(5173), "5.173");
+        EXPECT_EQ(english.number(5173), "5,173");
+        for (const double seconds : { 0.0, 0.4, 59.9, 600.0, 3 * 3600.0 + 120, 2 * 86400.0 + 3600 }) {
+            const Date started = fixedNow.addingSeconds(-seconds);
+            EXPECT_EQ(brazilian.relativeTime(started, fixedNow), RelativeTime::text(started, fixedNow, "pt-BR")) << seconds;
+            EXPECT_EQ(english.relativeTime(started, fixedNow), RelativeTime::text(started, fixedNow, "en")) << seconds;
+        }
+    }
+    const Date daysAgo = fixedNow.addingSeconds(-(2 * 86400.0 + 3600));
+    EXPECT_NE(brazilian.relativeTime(daysAgo, fixedNow), english.relativeTime(daysAgo, fixedNow));
+}
+
 TEST_F(LocalizerTest, CurrentLocaleComesFromTheEnvironment)
 {
     const ScopedEnvironment all("LC_ALL", std::nullopt);
