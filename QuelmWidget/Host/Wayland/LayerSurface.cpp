@@ -20,7 +20,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 
 namespace quelm::host::wayland {
 
@@ -184,8 +183,7 @@ void LayerSurface::destroy()
         wl_surface_destroy(m_surface);
         m_surface = nullptr;
     }
-    for (auto& buffer : m_buffers)
-        buffer.reset();
+    m_buffers.clear();
     m_configured = false;
     m_buttons = Qt::NoButton;
     m_swallowed = Qt::NoButton;
@@ -249,32 +247,13 @@ void LayerSurface::trace() const
                         .arg(shownOn && !shownOn->label.empty() ? QString::fromStdString(shownOn->label) : QStringLiteral("-")));
 }
 
-ShmBuffer* LayerSurface::freeBuffer(QSize pixels)
-{
-    for (auto& buffer : m_buffers) {
-        if (buffer && buffer->size() != pixels && !buffer->busy())
-            buffer.reset();
-        if (!buffer) {
-            try {
-                buffer = std::make_unique<ShmBuffer>(m_display.shm(), pixels);
-            } catch (const std::exception& error) {
-                std::cerr << "quelm-widget: " << error.what() << std::endl;
-                return nullptr;
-            }
-        }
-        if (!buffer->busy() && buffer->size() == pixels)
-            return buffer.get();
-    }
-    return nullptr;
-}
-
 void LayerSurface::draw()
 {
     if (!m_configured || !m_dirty || m_frame)
         return; // the frame callback or the compositor's release draws it later
     const int factor = scale();
     const QSize pixels = m_window.size() * factor;
-    ShmBuffer* buffer = freeBuffer(pixels);
+    ShmBuffer* buffer = m_buffers.free(m_display.shm(), pixels);
     if (!buffer)
         return;
     m_dirty = false;
@@ -283,10 +262,7 @@ void LayerSurface::draw()
     image.fill(Qt::transparent);
     m_window.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
 
-    wl_surface_set_buffer_scale(m_surface, factor);
-    wl_surface_attach(m_surface, buffer->buffer(), 0, 0);
-    buffer->markAttached();
-    wl_surface_damage(m_surface, 0, 0, m_window.width(), m_window.height());
+    attachWhole(m_surface, *buffer, factor, m_window.size());
     m_frame = wl_surface_frame(m_surface);
     wl_callback_add_listener(m_frame, &LayerSurfaceListeners::frameListener, this);
     wl_surface_commit(m_surface);

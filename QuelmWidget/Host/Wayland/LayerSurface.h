@@ -9,7 +9,6 @@
 #include <QPoint>
 #include <QPointF>
 
-#include <array>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -55,7 +54,6 @@ private:
     QPoint outputOrigin() const;
     void trace() const;
     void draw();
-    ShmBuffer* freeBuffer(QSize pixels);
     int scale() const;
     QPointF globalPosition(QPointF local) const;
 
@@ -80,7 +78,7 @@ private:
     bool m_shownRender = false; // a laid-out widget has reached the compositor once
     wl_callback* m_frame = nullptr;
     // Three, so that one is free while the compositor holds one shown and one on its way.
-    std::array<std::unique_ptr<ShmBuffer>, 3> m_buffers;
+    ShmBufferRing<3> m_buffers;
 
     // Where the compositor shows the surface for the events it sends now: the margins of the
     // last commit it has confirmed (by answering a sync sent after it).

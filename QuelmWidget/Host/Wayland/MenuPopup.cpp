@@ -10,7 +10,6 @@
 
 #include <wayland-client.h>
 
-#include <iostream>
 
 namespace quelm::host::wayland {
 
@@ -135,8 +134,7 @@ void MenuPopup::close()
     m_display.removePointerTarget(m_surface);
     wl_surface_destroy(m_surface);
     m_surface = nullptr;
-    for (auto& buffer : m_buffers)
-        buffer.reset();
+    m_buffers.clear();
     m_configured = false;
     m_display.flush();
     HostTrace::line(QStringLiteral("menu closed"));
@@ -163,29 +161,12 @@ void MenuPopup::trace() const
     }
 }
 
-ShmBuffer* MenuPopup::freeBuffer(QSize pixels)
-{
-    for (auto& buffer : m_buffers) {
-        if (!buffer) {
-            try {
-                buffer = std::make_unique<ShmBuffer>(m_display.shm(), pixels);
-            } catch (const std::exception& error) {
-                std::cerr << "quelm-widget: " << error.what() << std::endl;
-                return nullptr;
-            }
-        }
-        if (!buffer->busy())
-            return buffer.get();
-    }
-    return nullptr;
-}
-
 void MenuPopup::draw()
 {
     if (!m_configured || !m_dirty || m_frame)
         return; // the frame callback draws it later
     const QSize size = m_menu.size();
-    ShmBuffer* buffer = freeBuffer(size * m_scale);
+    ShmBuffer* buffer = m_buffers.free(m_display.shm(), size * m_scale);
     if (!buffer)
         return;
     m_dirty = false;
@@ -196,10 +177,7 @@ void MenuPopup::draw()
         QPainter painter(&image);
         m_menu.paint(painter, m_highlighted, m_palette);
     }
-    wl_surface_set_buffer_scale(m_surface, m_scale);
-    wl_surface_attach(m_surface, buffer->buffer(), 0, 0);
-    buffer->markAttached();
-    wl_surface_damage(m_surface, 0, 0, size.width(), size.height());
+    attachWhole(m_surface, *buffer, m_scale, size);
     m_frame = wl_surface_frame(m_surface);
     wl_callback_add_listener(m_frame, &MenuPopupListeners::frameListener, this);
     wl_surface_commit(m_surface);

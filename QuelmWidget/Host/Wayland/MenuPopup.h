@@ -9,9 +9,7 @@
 #include <QPoint>
 #include <QPointF>
 
-#include <array>
 #include <functional>
-#include <memory>
 #include <optional>
 
 struct wl_callback;
@@ -44,7 +42,6 @@ public:
 
 private:
     void draw();
-    ShmBuffer* freeBuffer(QSize pixels);
     void highlight(std::optional<std::size_t>);
     void trace() const;
 
@@ -66,7 +63,7 @@ private:
     xdg_surface* m_role = nullptr;
     xdg_popup* m_popup = nullptr;
     wl_callback* m_frame = nullptr;
-    std::array<std::unique_ptr<ShmBuffer>, 2> m_buffers;
+    ShmBufferRing<2> m_buffers;
     bool m_configured = false;
     bool m_dirty = true;
     QPoint m_position; // where the compositor put it, relative to the parent

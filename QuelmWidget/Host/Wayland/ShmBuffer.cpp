@@ -3,6 +3,7 @@
 
 #include <wayland-client.h>
 
+#include <iostream>
 #include <stdexcept>
 
 #include <sys/mman.h>
@@ -59,6 +60,24 @@ ShmBuffer::~ShmBuffer()
 void ShmBuffer::released(void* data, wl_buffer*)
 {
     static_cast<ShmBuffer*>(data)->m_busy = false;
+}
+
+std::unique_ptr<ShmBuffer> makeShmBuffer(wl_shm* shm, QSize pixels)
+{
+    try {
+        return std::make_unique<ShmBuffer>(shm, pixels);
+    } catch (const std::exception& error) {
+        std::cerr << "quelm-widget: " << error.what() << std::endl;
+        return nullptr;
+    }
+}
+
+void attachWhole(wl_surface* surface, ShmBuffer& buffer, int scale, QSize size)
+{
+    wl_surface_set_buffer_scale(surface, scale);
+    wl_surface_attach(surface, buffer.buffer(), 0, 0);
+    buffer.markAttached();
+    wl_surface_damage(surface, 0, 0, size.width(), size.height());
 }
 
 }

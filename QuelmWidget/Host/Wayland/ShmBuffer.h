@@ -4,8 +4,13 @@
 #include <QImage>
 #include <QSize>
 
+#include <array>
+#include <cstddef>
+#include <memory>
+
 struct wl_buffer;
 struct wl_shm;
+struct wl_surface;
 
 namespace quelm::host::wayland {
 
@@ -39,5 +44,42 @@ private:
     QImage m_image;
     bool m_busy = false;
 };
+
+// A buffer, or null when the memory cannot be had (said on standard error).
+std::unique_ptr<ShmBuffer> makeShmBuffer(wl_shm* shm, QSize pixels);
+
+// The buffers of one surface, used in turn, so that one is free to paint while the compositor
+// reads the others: `if (ShmBuffer* b = ring.free(shm, pixels)) { paint(b->image()); attachWhole(…); }`
+template<std::size_t count>
+class ShmBufferRing {
+public:
+    // A buffer of `pixels` that the compositor is not reading, made when needed (a free one of
+    // another size is made again); null when none is free or the memory cannot be had.
+    ShmBuffer* free(wl_shm* shm, QSize pixels)
+    {
+        for (auto& buffer : m_buffers) {
+            if (buffer && buffer->size() != pixels && !buffer->busy())
+                buffer.reset();
+            if (!buffer && !(buffer = makeShmBuffer(shm, pixels)))
+                return nullptr;
+            if (!buffer->busy() && buffer->size() == pixels)
+                return buffer.get();
+        }
+        return nullptr;
+    }
+
+    void clear()
+    {
+        for (auto& buffer : m_buffers)
+            buffer.reset();
+    }
+
+private:
+    std::array<std::unique_ptr<ShmBuffer>, count> m_buffers;
+};
+
+// Attaches `buffer`, painted at `scale` for a surface of `size` in layout pixels, to `surface` with
+// the whole surface damaged. The caller asks for its frame callback and commits.
+void attachWhole(wl_surface* surface, ShmBuffer& buffer, int scale, QSize size);
 
 }
