@@ -359,6 +359,22 @@ class HeadlessSwayMenu : public HeadlessSway {
 protected:
     virtual int outputScale() const { return 1; }
 
+    // Starts the host with one widget at (200, 150) of the layout and brings the seat's pointer
+    // over it; null, with the reason recorded as a failure, when any step did not happen.
+    std::unique_ptr<Pointer> pointerOverAWidget()
+    {
+        publishOneStoppedItem();
+        placeWidgetAt(200, 150);
+        startHost();
+        EXPECT_TRUE(hostSays("layer drawn ")) << "the widget was never drawn";
+        auto pointing = pointer();
+        EXPECT_TRUE(hostSays("seat pointer")) << "the host never got the seat's pointer";
+        (*pointing)("move 10 10");
+        (*pointing)("move 300 200");
+        EXPECT_TRUE(hostSays("layer entered ")) << "the pointer never came over the widget";
+        return testing::Test::HasFailure() ? nullptr : std::move(pointing);
+    }
+
     // Right-clicks at (x, y) of the layout and waits for the menu's trace.
     std::optional<MenuOnScreen> openMenuAt(Pointer& pointer, int x, int y)
     {
@@ -430,18 +446,10 @@ protected:
 
 TEST_F(HeadlessSwayMenu, RightClickOpensTheMenuAsAPopupOfTheWidgetThatGoesOnAClickElsewhereAndActsOnAChoice)
 {
-    publishOneStoppedItem();
-    placeWidgetAt(200, 150);
-    startHost();
-    ASSERT_TRUE(hostSays("layer drawn ")) << "the widget was never drawn";
-    const std::string treeBefore = swayTree();
-
-    const auto pointing = pointer();
+    const auto pointing = pointerOverAWidget();
+    ASSERT_TRUE(pointing);
     Pointer& move = *pointing;
-    ASSERT_TRUE(hostSays("seat pointer")) << "the host never got the seat's pointer";
-    move("move 10 10");
-    move("move 300 200");
-    ASSERT_TRUE(hostSays("layer entered ")) << "the pointer never came over the widget";
+    const std::string treeBefore = swayTree();
 
     // Opens at the pointer, beside it and below, listing every choice (the widget's size checked).
     std::optional<MenuOnScreen> menu = openMenuAt(move, 300, 200);
@@ -518,16 +526,9 @@ protected:
 
 TEST_F(ScaledHeadlessSwayMenu, TheMenuOpensAtThePointerInLayoutCoordinatesAndTakesAChoice)
 {
-    publishOneStoppedItem();
-    placeWidgetAt(200, 150);
-    startHost();
-    ASSERT_TRUE(hostSays("layer drawn ")) << "the widget was never drawn";
-    const auto pointing = pointer();
+    const auto pointing = pointerOverAWidget();
+    ASSERT_TRUE(pointing);
     Pointer& move = *pointing;
-    ASSERT_TRUE(hostSays("seat pointer")) << "the host never got the seat's pointer";
-    move("move 10 10");
-    move("move 300 200");
-    ASSERT_TRUE(hostSays("layer entered ")) << "the pointer never came over the widget";
 
     const std::optional<MenuOnScreen> menu = openMenuAt(move, 300, 200);
     ASSERT_TRUE(menu) << "no menu opened on a right click";
