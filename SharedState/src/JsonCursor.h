@@ -9,6 +9,8 @@
 
 #include "PageBuffer.h"
 
+#include <HexDigit.h>
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -442,17 +444,6 @@ private:
         m_position = end;
     }
 
-    static int hexDigit(char c)
-    {
-        if (c >= '0' && c <= '9')
-            return c - '0';
-        if (c >= 'a' && c <= 'f')
-            return c - 'a' + 10;
-        if (c >= 'A' && c <= 'F')
-            return c - 'A' + 10;
-        return -1;
-    }
-
     // The four hex digits of an escape after "\u", or -1.
     static long codeUnit(const char* p, const char* end)
     {
@@ -460,7 +451,7 @@ private:
             return -1;
         long unit = 0;
         for (int i = 0; i < 4; ++i) {
-            const int digit = hexDigit(p[i]);
+            const int digit = hexDigitValue(p[i]);
             if (digit < 0)
                 return -1;
             unit = unit * 16 + digit;

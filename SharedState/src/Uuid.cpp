@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <quelm/Uuid.h>
 
+#include <HexDigit.h>
+
 #include <uuid/uuid.h>
 
 namespace quelm {
@@ -10,17 +12,6 @@ namespace {
 constexpr bool isHyphenPosition(std::size_t i)
 {
     return i == 8 || i == 13 || i == 18 || i == 23;
-}
-
-int hexValue(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return -1;
 }
 
 }
@@ -46,7 +37,7 @@ std::optional<Uuid> Uuid::parse(std::string_view text)
                 return std::nullopt;
             continue;
         }
-        int value = hexValue(text[i]);
+        int value = detail::hexDigitValue(text[i]);
         if (value < 0)
             return std::nullopt;
         bytes[nibble / 2] |= static_cast<std::uint8_t>(nibble % 2 == 0 ? value << 4 : value);

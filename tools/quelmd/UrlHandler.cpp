@@ -7,6 +7,8 @@
 
 #include "ExitStatus.h"
 
+#include <HexDigit.h>
+
 #include <cstdlib>
 #include <stdexcept>
 
@@ -18,17 +20,6 @@ namespace quelmd {
 
 namespace detail {
 
-int hexDigit(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 std::optional<std::string> percentDecoded(std::string_view text)
 {
     std::string result;
@@ -39,8 +30,8 @@ std::optional<std::string> percentDecoded(std::string_view text)
         }
         if (index + 2 >= text.size())
             return std::nullopt;
-        const int high = hexDigit(text[index + 1]);
-        const int low = hexDigit(text[index + 2]);
+        const int high = quelm::detail::hexDigitValue(text[index + 1]);
+        const int low = quelm::detail::hexDigitValue(text[index + 2]);
         if (high < 0 || low < 0)
             return std::nullopt;
         result += static_cast<char>(high * 16 + low);
