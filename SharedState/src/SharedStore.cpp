@@ -64,12 +64,9 @@ WidgetSnapshot SharedStore::readSnapshot() const noexcept
         if (!detail::distrust(m_root).empty())
             return WidgetSnapshot::empty;
         auto file = detail::readDocument(m_root / snapshotFileName);
-        if (!file.succeeded())
-            return WidgetSnapshot::empty;
-        if (auto snapshot = detail::decodeGivingBack(file.bytes))
-            return std::move(*snapshot);
-        // Bad past what was given back: a document that does not decode reads as no snapshot,
-        // however it fails.
+        if (file.succeeded())
+            return detail::decodeGivingBack(file.bytes);
+        // A document that does not decode reads as no snapshot, however it fails.
     } catch (...) {
     }
     return WidgetSnapshot::empty;

@@ -745,13 +745,9 @@ WidgetCommand decode<WidgetCommand>(std::string_view text) { return detail::deco
 template<>
 PendingCommands decode<PendingCommands>(std::string_view text) { return detail::decodeDocument<PendingCommands>(text, detail::readPending); }
 
-std::optional<WidgetSnapshot> detail::decodeGivingBack(DocumentBytes& document)
+WidgetSnapshot detail::decodeGivingBack(DocumentBytes& document)
 {
-    try {
-        return detail::decodeDocument<WidgetSnapshot>(document.view(), detail::readSnapshot, document.pages());
-    } catch (const BytesGivenBack&) {
-        return std::nullopt;
-    }
+    return detail::decodeDocument<WidgetSnapshot>(document.view(), detail::readSnapshot, document.pages());
 }
 
 }
