@@ -6,6 +6,7 @@
 
 #include "SessionBus.h"
 #include "ChildWithOutput.h"
+#include "ShellCommand.h"
 #include "ViewTreeSearch.h"
 #include "TestSupport.h"
 
@@ -47,37 +48,12 @@ std::string requiredEnvironment(const char* name)
     return value;
 }
 
-std::string shellQuoted(const std::string& text)
-{
-    std::string quoted = "'";
-    for (const char c : text)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
-struct Finished {
-    int status = -1;
-    std::string out;
-};
+using Finished = quelm::test::ShellRun;
 
 // Runs a command line to its end in this process's environment; standard error is left alone.
 Finished run(const std::vector<std::string>& arguments)
 {
-    std::string command;
-    for (const auto& argument : arguments)
-        command += shellQuoted(argument) + " ";
-    command += "</dev/null";
-    Finished result;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (!pipe)
-        throw std::runtime_error("popen failed");
-    char buffer[4096];
-    std::size_t count;
-    while ((count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        result.out.append(buffer, count);
-    const int status = ::pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+    return quelm::test::runThroughShell(arguments, "</dev/null");
 }
 
 // A display, the companion and the host: each read line by line, each ended with the test.
@@ -170,7 +146,7 @@ protected:
     {
         const Finished render = run({ requiredEnvironment("QUELM_WIDGET"), "render", "--family", "medium", "--format", "json" });
         EXPECT_EQ(render.status, 0);
-        const json tree = json::parse(render.out);
+        const json tree = json::parse(render.output);
         const json* button = findNode<json>(tree["root"], [&](const json& node) { return node["type"] == "button" && node["itemID"] == itemID; });
         if (!button)
             throw std::runtime_error("no button for " + itemID);
@@ -270,12 +246,12 @@ TEST_F(HostEndToEnd, TheWidgetsWindowIsOnEveryWorkspaceBelowTheOthersAndOutOfThe
     startHost();
     const Finished found = run({ "xdotool", "search", "--onlyvisible", "--name", "^Quelm$" });
     ASSERT_EQ(found.status, 0) << "no visible window named Quelm";
-    const std::string window = found.out.substr(0, found.out.find('\n'));
+    const std::string window = found.output.substr(0, found.output.find('\n'));
     const Finished properties = run({ "xprop", "-id", window, "_NET_WM_STATE", "_NET_WM_DESKTOP" });
     ASSERT_EQ(properties.status, 0) << "xprop failed (is x11-utils installed?)";
     for (const char* state : { "_NET_WM_STATE_STICKY", "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER", "_NET_WM_STATE_BELOW" })
-        EXPECT_NE(properties.out.find(state), std::string::npos) << state << " missing in\n" << properties.out;
-    EXPECT_NE(properties.out.find("_NET_WM_DESKTOP(CARDINAL) = 4294967295"), std::string::npos) << properties.out;
+        EXPECT_NE(properties.output.find(state), std::string::npos) << state << " missing in\n" << properties.output;
+    EXPECT_NE(properties.output.find("_NET_WM_DESKTOP(CARDINAL) = 4294967295"), std::string::npos) << properties.output;
 }
 
 TEST_F(HostEndToEnd, ASecondHostForTheSameSettingsRefusesToStart)
@@ -283,7 +259,7 @@ TEST_F(HostEndToEnd, ASecondHostForTheSameSettingsRefusesToStart)
     startHost();
     const Finished second = run({ "sh", "-c", "\"$0\" 2>&1", requiredEnvironment("QUELM_WIDGET") });
     EXPECT_EQ(second.status, 1);
-    EXPECT_NE(second.out.find("shown already"), std::string::npos) << second.out;
+    EXPECT_NE(second.output.find("shown already"), std::string::npos) << second.output;
 }
 
 TEST(HostCommandLine, WithoutADisplayTheHostSaysWhatIsMissing)
@@ -295,7 +271,7 @@ TEST(HostCommandLine, WithoutADisplayTheHostSaysWhatIsMissing)
     ScopedEnvironment platform("QT_QPA_PLATFORM", std::nullopt);
     const Finished host = run({ "sh", "-c", "\"$0\" 2>&1", requiredEnvironment("QUELM_WIDGET") });
     EXPECT_EQ(host.status, 1);
-    EXPECT_NE(host.out.find("no display"), std::string::npos) << host.out;
+    EXPECT_NE(host.output.find("no display"), std::string::npos) << host.output;
     EXPECT_FALSE(std::filesystem::exists(directory / "config" / "quelm" / "widgets.json"));
 }
 
@@ -303,9 +279,9 @@ TEST(HostCommandLine, TheHostHasItsOwnHelpAndRefusesStrayArguments)
 {
     const Finished help = run({ requiredEnvironment("QUELM_WIDGET"), "host", "--help" });
     EXPECT_EQ(help.status, 0);
-    EXPECT_NE(help.out.find("Usage: quelm-widget [host [--autostart]]"), std::string::npos) << help.out;
+    EXPECT_NE(help.output.find("Usage: quelm-widget [host [--autostart]]"), std::string::npos) << help.output;
     const Finished overall = run({ requiredEnvironment("QUELM_WIDGET"), "--help" });
-    EXPECT_NE(overall.out.find("the desktop host"), std::string::npos) << overall.out;
+    EXPECT_NE(overall.output.find("the desktop host"), std::string::npos) << overall.output;
     const Finished stray = run({ "sh", "-c", "\"$0\" host --nope 2>&1", requiredEnvironment("QUELM_WIDGET") });
     EXPECT_EQ(stray.status, 2);
 }

@@ -2,6 +2,7 @@
 // Runs the built quelm-widget program, found through $QUELM_WIDGET.
 
 #include "TestSupport.h"
+#include "ShellCommand.h"
 
 #include <quelm/SharedConstants.h>
 #include <quelm/SharedStore.h>
@@ -24,6 +25,7 @@
 #include <unistd.h>
 
 using namespace quelm;
+using quelm::test::shellQuoted;
 using nlohmann::json;
 using quelm::test::ScopedEnvironment;
 using quelm::test::TemporaryDirectory;
@@ -39,18 +41,6 @@ struct Result {
     std::string err;
 };
 
-std::string shellQuoted(const std::string& text)
-{
-    std::string quoted = "'";
-    for (const char c : text) {
-        if (c == '\'')
-            quoted += "'\\''";
-        else
-            quoted += c;
-    }
-    return quoted + "'";
-}
-
 std::string programPath()
 {
     const char* path = std::getenv("QUELM_WIDGET");
@@ -64,27 +54,21 @@ std::string programPath()
 Result run(const std::vector<std::string>& arguments, const std::optional<std::string>& input = std::nullopt)
 {
     TemporaryDirectory scratch;
-    std::string command = shellQuoted(programPath());
-    for (const auto& argument : arguments)
-        command += " " + shellQuoted(argument);
+    std::string redirections;
     if (input) {
         writeFile(scratch / "stdin", *input);
-        command += " <" + shellQuoted((scratch / "stdin").string());
+        redirections = "<" + shellQuoted((scratch / "stdin").string());
     } else {
-        command += " </dev/null";
+        redirections = "</dev/null";
     }
-    command += " 2>" + shellQuoted((scratch / "stderr").string());
+    redirections += " 2>" + shellQuoted((scratch / "stderr").string());
+    std::vector<std::string> command { programPath() };
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const quelm::test::ShellRun finished = quelm::test::runThroughShell(command, redirections);
 
     Result result;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (!pipe)
-        throw std::runtime_error("popen failed");
-    char buffer[4096];
-    std::size_t read;
-    while ((read = std::fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        result.out.append(buffer, read);
-    const int status = ::pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    result.status = finished.status;
+    result.out = finished.output;
     result.err = readFile(scratch / "stderr");
     return result;
 }

@@ -5,6 +5,7 @@
 // nowhere (status 1, and why) otherwise. Where sway cannot run, its tests are skipped and say so.
 
 #include "ChildWithOutput.h"
+#include "ShellCommand.h"
 #include "HeadlessSway.h"
 #include "TestSupport.h"
 #include "ViewTreeSearch.h"
@@ -46,36 +47,12 @@ constexpr int screenWidth = 1024;
 constexpr int screenHeight = 768;
 const std::string widgetID = "0C0FFEE0-0000-4000-8000-000000000001";
 
-std::string shellQuoted(const std::string& text)
-{
-    std::string quoted = "'";
-    for (const char c : text)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
+using Finished = quelm::test::ShellRun;
 
-struct Finished {
-    int status = -1;
-    std::string output; // standard output and error together
-};
-
+// Standard output and error together.
 Finished run(const std::vector<std::string>& arguments)
 {
-    std::string command;
-    for (const auto& argument : arguments)
-        command += shellQuoted(argument) + " ";
-    command += "</dev/null 2>&1";
-    Finished result;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (!pipe)
-        throw std::runtime_error("popen failed");
-    char buffer[4096];
-    std::size_t count;
-    while ((count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        result.output.append(buffer, count);
-    const int status = ::pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+    return quelm::test::runThroughShell(arguments, "</dev/null 2>&1");
 }
 
 bool onPath(const std::string& program)
@@ -215,7 +192,7 @@ protected:
     {
         std::string command;
         for (const auto& argument : with({ QUELM_TEST_POINTER_PROGRAM, std::to_string(layoutWidth()) + "x" + std::to_string(screenHeight) }))
-            command += shellQuoted(argument) + " ";
+            command += quelm::test::shellQuoted(argument) + " ";
         return std::make_unique<Pointer>(command + ">/dev/null");
     }
     virtual int layoutWidth() const { return screenWidth; }
