@@ -11,6 +11,7 @@
 // Needs Xvfb and xdotool; run it as it is, it starts its own display and session bus is not needed
 // (without one a click still queues its command; only the notification is not posted).
 
+#include "ChildProcess.h"
 #include "ChildWithOutput.h"
 #include "ViewTreeSearch.h"
 
@@ -54,29 +55,6 @@ constexpr const char* sampleSnapshot = R"json({"items":[
   {"id":"s2","title":"Migração do banco","project":"my-api","state":"working"}],
  "updatedAt":0})json";
 
-int runQuietly(const std::vector<std::string>& arguments)
-{
-    const pid_t child = ::fork();
-    if (child == 0) {
-        std::freopen("/dev/null", "w", stdout);
-        std::vector<char*> argv;
-        for (const auto& argument : arguments)
-            argv.push_back(const_cast<char*>(argument.c_str()));
-        argv.push_back(nullptr);
-        ::execvp(argv[0], argv.data());
-        ::_exit(127);
-    }
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-bool startsWith(const std::string& text, const std::string& prefix)
-{
-    return text.rfind(prefix, 0) == 0;
-}
-
 struct Window {
     std::string id;
     std::string family;
@@ -118,7 +96,7 @@ public:
         const auto started = std::chrono::steady_clock::now();
         m_host = std::make_unique<ChildWithOutput>(std::vector<std::string> { QUELM_WIDGET_PROGRAM });
         while (m_windows.size() < 4) {
-            const auto line = m_host->waitForLine([](const std::string& l) { return startsWith(l, "window "); });
+            const auto line = m_host->waitForLine([](const std::string& l) { return l.starts_with("window "); });
             if (!line)
                 throw std::runtime_error("the host did not show its four widgets");
             Window window;
@@ -153,7 +131,7 @@ public:
     int quelmctl(std::vector<std::string> arguments) const
     {
         arguments.insert(arguments.begin(), QUELMCTL_PROGRAM);
-        return runQuietly(arguments);
+        return quelm::test::runQuietly(arguments);
     }
     void publish() const
     {
@@ -177,7 +155,7 @@ public:
     double waitForPendingRepaint(const std::string& id, const std::string& itemID)
     {
         const std::string prefix = "pending " + id + " " + itemID + " ";
-        const auto line = m_host->waitForLine([&](const std::string& l) { return startsWith(l, prefix); });
+        const auto line = m_host->waitForLine([&](const std::string& l) { return l.starts_with(prefix); });
         if (!line)
             throw std::runtime_error("no repaint showed " + itemID + " busy; the host said:\n" + recentLines());
         return std::stod(line->substr(prefix.size()));
@@ -187,7 +165,7 @@ public:
     {
         // From a corner: xdotool's --sync waits for the pointer to move, up to 15 s when it already
         // stands on the spot.
-        if (runQuietly({ "xdotool", "mousemove", "--sync", "0", "0", "mousemove", "--sync", std::to_string(x), std::to_string(y), "click", "1" }) != 0)
+        if (quelm::test::runQuietly({ "xdotool", "mousemove", "--sync", "0", "0", "mousemove", "--sync", std::to_string(x), std::to_string(y), "click", "1" }) != 0)
             throw std::runtime_error("xdotool failed");
     }
 
@@ -204,7 +182,7 @@ private:
     // Keeps the tree of a "render ID JSON" line; the widget's id, or none for another line.
     const std::string* keepRender(const std::string& line)
     {
-        if (!startsWith(line, "render "))
+        if (!line.starts_with("render "))
             return nullptr;
         const auto space = line.find(' ', 7);
         auto [kept, _] = m_lastTree.insert_or_assign(line.substr(7, space - 7), json::parse(line.substr(space + 1)));
@@ -245,7 +223,7 @@ long field(const std::string& file, const std::string& name)
     std::ifstream lines(file);
     std::string line;
     while (std::getline(lines, line)) {
-        if (startsWith(line, name + ":"))
+        if (line.starts_with(name + ":"))
             return std::stol(line.substr(name.size() + 1));
     }
     throw std::runtime_error("no " + name + " in " + file);

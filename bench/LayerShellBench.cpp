@@ -9,6 +9,7 @@
 //                          QUELM_BENCH_CLICKS clicks (30)
 // Needs sway (run as an unprivileged user when the benchmark runs as root) and quelm-test-pointer.
 
+#include "ChildProcess.h"
 #include "ChildWithOutput.h"
 #include "HeadlessSway.h"
 #include "ViewTreeSearch.h"
@@ -40,29 +41,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int widgetX = 100;
 constexpr int widgetY = 100;
-
-bool startsWith(const std::string& text, const std::string& prefix)
-{
-    return text.rfind(prefix, 0) == 0;
-}
-
-int runQuietly(const std::vector<std::string>& arguments)
-{
-    const pid_t child = ::fork();
-    if (child == 0) {
-        std::freopen("/dev/null", "w", stdout);
-        std::vector<char*> argv;
-        for (const auto& argument : arguments)
-            argv.push_back(const_cast<char*>(argument.c_str()));
-        argv.push_back(nullptr);
-        ::execvp(argv[0], argv.data());
-        ::_exit(127);
-    }
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 int configured(const char* variable, int fallback)
 {
@@ -109,7 +87,7 @@ public:
     int quelmctl(std::vector<std::string> arguments) const
     {
         arguments.insert(arguments.begin(), QUELMCTL_PROGRAM);
-        return runQuietly(arguments);
+        return quelm::test::runQuietly(arguments);
     }
     void publish() const
     {
@@ -164,7 +142,7 @@ Session& session()
 // The tree of a "render ID JSON" line, if it is one.
 std::optional<json> renderedTree(const std::string& line)
 {
-    if (!startsWith(line, "render "))
+    if (!line.starts_with("render "))
         return std::nullopt;
     return json::parse(line.substr(line.find(' ', 7) + 1));
 }
@@ -176,7 +154,7 @@ void startupToFirstFrame(benchmark::State& state)
     for (auto _ : state) {
         const auto started = Clock::now();
         const auto host = s.startHost();
-        if (!host->waitForLine([](const std::string& line) { return startsWith(line, "layer drawn "); })) {
+        if (!host->waitForLine([](const std::string& line) { return line.starts_with("layer drawn "); })) {
             state.SkipWithError("the host never drew its widget");
             return;
         }
@@ -203,7 +181,7 @@ void startupOfFourToFirstFrames(benchmark::State& state)
         const auto started = Clock::now();
         const auto host = s.startHost();
         int drawn = 0;
-        if (!host->waitForLine([&](const std::string& line) { return startsWith(line, "layer drawn ") && ++drawn == 4; })) {
+        if (!host->waitForLine([&](const std::string& line) { return line.starts_with("layer drawn ") && ++drawn == 4; })) {
             state.SkipWithError("the host never drew its four widgets");
             break;
         }
@@ -227,7 +205,7 @@ void clickToPendingRepaint(benchmark::State& state)
     std::optional<json> tree;
     bool drawn = false;
     const auto running = host->waitForLine([&](const std::string& line) {
-        drawn = drawn || startsWith(line, "layer drawn ");
+        drawn = drawn || line.starts_with("layer drawn ");
         if (auto next = renderedTree(line); next && (*next)["appStatus"] == "running")
             tree = std::move(next);
         return drawn && tree;
@@ -255,7 +233,7 @@ void clickToPendingRepaint(benchmark::State& state)
     for (auto _ : state) {
         s.click(x, y);
         const std::string prefix = "pending medium " + itemID + " ";
-        const auto pending = host->waitForLine([&](const std::string& line) { return startsWith(line, prefix); });
+        const auto pending = host->waitForLine([&](const std::string& line) { return line.starts_with(prefix); });
         if (!pending) {
             std::string said;
             for (const auto& line : host->lines())

@@ -26,11 +26,10 @@ QGuiApplication& application()
     return *instance;
 }
 
-void renderFamily(benchmark::State& state, quelm::WidgetFamily family)
+// Warm renders of `entry` as `family` at scale 2, as the widget shows it at `now`.
+void renderEntry(benchmark::State& state, const quelm::TimelineEntry& entry, quelm::Date now, quelm::WidgetFamily family)
 {
     application();
-    const quelm::Date now(1700000000);
-    const quelm::TimelineEntry entry = quelm::TimelineEntry::sample(now);
     quelm::views::RenderOptions options;
     options.now = now;
     options.currentLocale = "pt_BR.UTF-8";
@@ -42,6 +41,12 @@ void renderFamily(benchmark::State& state, quelm::WidgetFamily family)
         QImage image = quelm::views::paintWidget(rendered, 2);
         benchmark::DoNotOptimize(image.constBits());
     }
+}
+
+void renderFamily(benchmark::State& state, quelm::WidgetFamily family)
+{
+    const quelm::Date now(1700000000);
+    renderEntry(state, quelm::TimelineEntry::sample(now), now, family);
 }
 
 // The two halves of a medium render, to see where the time goes.
@@ -91,18 +96,8 @@ quelm::TimelineEntry hostileEntry(quelm::Date now)
 
 void renderHostile(benchmark::State& state, quelm::WidgetFamily family)
 {
-    application();
     const quelm::Date now(1700000000);
-    const quelm::TimelineEntry entry = hostileEntry(now);
-    quelm::views::RenderOptions options;
-    options.now = now;
-    options.currentLocale = "pt_BR.UTF-8";
-    benchmark::DoNotOptimize(quelm::views::paintWidget(quelm::views::renderWidget(entry, family, options), 2));
-    for (auto _ : state) {
-        const auto rendered = quelm::views::renderWidget(entry, family, options);
-        QImage image = quelm::views::paintWidget(rendered, 2);
-        benchmark::DoNotOptimize(image.constBits());
-    }
+    renderEntry(state, hostileEntry(now), now, family);
 }
 
 void BM_RenderMediumOfMegabyteTitles(benchmark::State& state) { renderHostile(state, quelm::WidgetFamily::medium); }

@@ -59,11 +59,6 @@ Finished run(const std::vector<std::string>& arguments)
 // A display, the companion and the host: each read line by line, each ended with the test.
 using Child = quelm::test::ChildWithOutput;
 
-bool startsWith(const std::string& text, const std::string& prefix)
-{
-    return text.rfind(prefix, 0) == 0;
-}
-
 const json* rowOf(const json& tree, const std::string& id)
 {
     return findNode<json>(tree["root"], [&](const json& node) { return node["type"] == "row" && node["id"] == id; });
@@ -77,7 +72,7 @@ bool rowShowsText(const json& row, const std::string& text)
 // The row of `id` in a "render ID JSON" line of the host's trace, if the line is one and has it.
 std::optional<json> renderedRow(const std::string& line, const std::string& id)
 {
-    if (!startsWith(line, "render "))
+    if (!line.starts_with("render "))
         return std::nullopt;
     const json tree = json::parse(line.substr(line.find(' ', 7) + 1));
     if (const json* row = rowOf(tree, id))
@@ -122,7 +117,7 @@ protected:
     WindowPlace startHost()
     {
         m_host.emplace(std::vector<std::string> { requiredEnvironment("QUELM_WIDGET") });
-        const auto window = m_host->waitForLine([](const std::string& line) { return startsWith(line, "window "); });
+        const auto window = m_host->waitForLine([](const std::string& line) { return line.starts_with("window "); });
         if (!window)
             throw std::runtime_error("the host showed no window");
         WindowPlace place;
@@ -134,7 +129,7 @@ protected:
         EXPECT_EQ(width, 364);
         EXPECT_EQ(height, 170);
         const auto running = m_host->waitForLine([](const std::string& line) {
-            return startsWith(line, "render ") && line.find("\"appStatus\":\"running\"") != std::string::npos;
+            return line.starts_with("render ") && line.find("\"appStatus\":\"running\"") != std::string::npos;
         });
         if (!running)
             throw std::runtime_error("the host never showed the running app");

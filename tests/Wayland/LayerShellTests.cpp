@@ -60,11 +60,6 @@ bool onPath(const std::string& program)
     return run({ "sh", "-c", "command -v " + program }).status == 0;
 }
 
-bool startsWith(const std::string& text, const std::string& prefix)
-{
-    return text.rfind(prefix, 0) == 0;
-}
-
 // Polls `condition` until it holds or a generous deadline passes.
 template<typename Condition>
 bool eventually(Condition condition, std::chrono::seconds deadline = std::chrono::seconds(30))
@@ -154,7 +149,7 @@ protected:
     // A trace line of the host that starts with `prefix`, said already or still to come.
     std::optional<std::string> hostSays(const std::string& prefix)
     {
-        return hostSays([&](const std::string& line) { return startsWith(line, prefix); });
+        return hostSays([&](const std::string& line) { return line.starts_with(prefix); });
     }
     std::optional<std::string> hostSays(const std::function<bool(const std::string&)>& wanted)
     {
@@ -237,7 +232,7 @@ TEST_F(HeadlessSway, WidgetStandsAtItsSavedPlaceOnTheBottomLayerTakesClicksAndDr
     ASSERT_TRUE(hostSays("layer bottom 200 150 364 170")) << "the widget did not come up on the bottom layer";
     std::optional<json> tree;
     const auto rendered = hostSays([&](const std::string& line) {
-        if (!startsWith(line, "render "))
+        if (!line.starts_with("render "))
             return false;
         tree = json::parse(line.substr(line.find(' ', 7) + 1));
         return tree->at("appStatus") == "running";
@@ -358,7 +353,7 @@ protected:
         pointer("move " + std::to_string(x) + " " + std::to_string(y));
         pointer("right");
         // Only a menu shown from now on counts.
-        const auto shown = m_host->waitForLine([](const std::string& line) { return startsWith(line, "menu shown "); });
+        const auto shown = m_host->waitForLine([](const std::string& line) { return line.starts_with("menu shown "); });
         if (!shown)
             return std::nullopt;
         MenuOnScreen menu;
@@ -367,14 +362,14 @@ protected:
         // The host says its items right after the box, one line each.
         for (;;) {
             const auto line = m_host->waitForLine([](const std::string&) { return true; });
-            if (!line || !startsWith(*line, "menu item "))
+            if (!line || !(*line).starts_with("menu item "))
                 break;
             MenuOnScreen::Item item {};
             int consumed = 0;
             if (std::sscanf(line->c_str(), "menu item %d %d %d %d %n", &item.x, &item.y, &item.width, &item.height, &consumed) != 4)
                 return std::nullopt;
             item.text = line->substr(static_cast<std::size_t>(consumed));
-            item.checked = startsWith(item.text, "* ");
+            item.checked = item.text.starts_with("* ");
             if (item.checked)
                 item.text = item.text.substr(2);
             menu.items.push_back(item);
@@ -579,11 +574,11 @@ TEST(HostWithoutLayerShell, ShowsItsWidgetsAsX11WindowsWhenAnXServerIsReachable)
     ChildWithOutput host({ "env", "-u", "QT_QPA_PLATFORM", x11, "XDG_RUNTIME_DIR=" + directory.path().string(), "WAYLAND_DISPLAY=no-compositor-here",
         "XDG_CONFIG_HOME=" + (directory / "config").string(), "XDG_DATA_HOME=" + (directory / "data").string(), "QUELM_HOST_TRACE=1",
         QUELM_WIDGET_PROGRAM });
-    ASSERT_TRUE(host.waitForLine([](const std::string& line) { return startsWith(line, "window "); })) << "the host placed no widget";
+    ASSERT_TRUE(host.waitForLine([](const std::string& line) { return line.starts_with("window "); })) << "the host placed no widget";
     EXPECT_TRUE(eventually([&] { return run({ "env", x11, "xdotool", "search", "--onlyvisible", "--pid", std::to_string(host.pid()) }).status == 0; }))
         << "no X11 window of the host is shown";
     for (const auto& line : host.lines())
-        EXPECT_FALSE(startsWith(line, "layer ")) << line;
+        EXPECT_FALSE(line.starts_with("layer ")) << line;
 }
 
 }

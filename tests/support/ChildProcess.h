@@ -9,12 +9,14 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <functional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include <fcntl.h>
 #include <grp.h>
@@ -26,6 +28,26 @@
 namespace quelm::test {
 
 inline constexpr uid_t nobody = 65534;
+
+// Runs a program to its end, its standard output discarded: its exit status, -1 when it did not
+// exit.
+inline int runQuietly(const std::vector<std::string>& arguments)
+{
+    const pid_t child = ::fork();
+    if (child == 0) {
+        std::freopen("/dev/null", "w", stdout);
+        std::vector<char*> argv;
+        for (const auto& argument : arguments)
+            argv.push_back(const_cast<char*>(argument.c_str()));
+        argv.push_back(nullptr);
+        ::execvp(argv[0], argv.data());
+        ::_exit(127);
+    }
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
 
 struct ChildOutcome {
     std::string report; // what the child wrote; empty when all went well
