@@ -5,16 +5,8 @@
 # launcher, autostart entry in the system configuration directory, systemd user unit, icon,
 # AppStream metadata, manual pages, completions and licences.
 set -euo pipefail
-build=$1
-stage=$(mktemp -d)
-trap 'rm -rf "$stage"' EXIT
-
-configured=$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")
-DESTDIR=$stage cmake --install "$build" >/dev/null
-prefix=$stage$configured
-
-fail() { echo "check-install: $*" >&2; exit 1; }
-present() { [ -s "$1" ] || fail "${1#"$stage"} is missing"; }
+check_name=check-install
+source "$(dirname "$0")/../support/staged-install.sh"
 
 for program in quelm-widget quelmctl; do
     [ -x "$prefix/bin/$program" ] || fail "bin/$program is missing"

@@ -4,15 +4,8 @@
 # and completions, each valid for its own checker.
 #   check-quelmd-install.sh BUILD_DIR
 set -euo pipefail
-build=$1
-stage=$(mktemp -d)
-trap 'rm -rf "$stage"' EXIT
-
-configured=$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")
-DESTDIR=$stage cmake --install "$build" >/dev/null
-prefix=$stage$configured
-fail() { echo "check-quelmd-install: $*" >&2; exit 1; }
-present() { [ -s "$1" ] || fail "${1#"$stage"} is missing"; }
+check_name=check-quelmd-install
+source "$(dirname "$0")/../support/staged-install.sh"
 
 [ -x "$prefix/bin/quelmd" ] || fail "bin/quelmd is missing"
 
