@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "Layout/TitleCollator.h"
 
+#include "Layout/AsciiCollation.h"
+
 #include <unicode/coll.h>
 #include <unicode/locid.h>
 #include <unicode/stringpiece.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 
 namespace quelm {
@@ -19,6 +23,13 @@ std::string icuLocaleID(std::string_view posixName)
     if (name == "C" || name == "POSIX")
         return {};
     return std::string(name);
+}
+
+// Locales that collate ASCII exactly as the root does: no tailoring of theirs touches it.
+bool collatesAsciiAsTheRoot(const std::string& localeID)
+{
+    static constexpr std::array<std::string_view, 9> locales { "", "en", "en_US", "en_GB", "en_CA", "en_AU", "pt", "pt_BR", "pt_PT" };
+    return std::find(locales.begin(), locales.end(), localeID) != locales.end();
 }
 
 }
@@ -68,7 +79,7 @@ std::unique_ptr<icu::Collator> makeCollator(const std::string& localeID)
 
 TitleCollator::TitleCollator(std::string_view localeName)
     : m_localeID(icuLocaleID(localeName))
-    , m_collator(std::make_unique<IcuCollator>(IcuCollator { makeCollator(m_localeID) }))
+    , m_asciiAsTheRoot(collatesAsciiAsTheRoot(m_localeID))
 {
 }
 
@@ -96,24 +107,37 @@ std::shared_ptr<const TitleCollator> TitleCollator::current()
     return cached;
 }
 
+const TitleCollator::IcuCollator& TitleCollator::icuCollator() const
+{
+    // Built on first need only: ICU's collator costs the process a megabyte and more of memory.
+    std::call_once(m_icuBuilt, [this] { m_collator = std::make_unique<IcuCollator>(IcuCollator { makeCollator(m_localeID) }); });
+    return *m_collator;
+}
+
 int TitleCollator::compare(std::string_view a, std::string_view b) const
 {
-    const icu::Collator* collator = m_collator->collator.get();
-    if (!collator) // no collation data at all: plain byte order
-        return a.compare(b);
     // Titles that agree further than any row shows are told apart by their bytes: collating
     // megabytes would stall whoever sorts them.
     const std::string_view headA = detail::collatedHead(a);
     const std::string_view headB = detail::collatedHead(b);
-    UErrorCode status = U_ZERO_ERROR;
-    const UCollationResult result = collator->compareUTF8(
-        icu::StringPiece(headA.data(), static_cast<int32_t>(headA.size())),
-        icu::StringPiece(headB.data(), static_cast<int32_t>(headB.size())), status);
-    if (U_FAILURE(status))
-        return a.compare(b);
-    if (result == UCOL_EQUAL && (headA.size() < a.size() || headB.size() < b.size()))
+    std::optional<int> order;
+    if (m_asciiAsTheRoot)
+        order = detail::asciiCollation(headA, headB);
+    if (!order) {
+        const icu::Collator* collator = icuCollator().collator.get();
+        if (!collator) // no collation data at all: plain byte order
+            return a.compare(b);
+        UErrorCode status = U_ZERO_ERROR;
+        const UCollationResult result = collator->compareUTF8(
+            icu::StringPiece(headA.data(), static_cast<int32_t>(headA.size())),
+            icu::StringPiece(headB.data(), static_cast<int32_t>(headB.size())), status);
+        if (U_FAILURE(status))
+            return a.compare(b);
+        order = static_cast<int>(result);
+    }
+    if (*order == 0 && (headA.size() < a.size() || headB.size() < b.size()))
         return a.substr(headA.size()).compare(b.substr(headB.size()));
-    return static_cast<int>(result);
+    return *order;
 }
 
 }

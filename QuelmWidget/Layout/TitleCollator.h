@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -10,7 +11,8 @@ namespace quelm {
 
 // How item titles are compared, as a person sorts names in a file manager: an ICU collator for
 // the user's locale at secondary strength (case-insensitive, accent-sensitive) with numeric
-// collation on, so that "svc 2" comes before "svc 10".
+// collation on, so that "svc 2" comes before "svc 10". ASCII titles in a locale that orders ASCII
+// as the root does are compared without ICU, to the same result.
 //
 // A TitleCollator is immutable once built; its const operations may be used from several threads
 // at once (ICU's const collator API is thread-safe). `current()` hands each thread its own
@@ -49,9 +51,12 @@ public:
 
 private:
     struct IcuCollator; // the ICU collator, kept out of this header
+    const IcuCollator& icuCollator() const;
 
     std::string m_localeID;
-    std::unique_ptr<IcuCollator> m_collator;
+    bool m_asciiAsTheRoot;
+    mutable std::once_flag m_icuBuilt;
+    mutable std::unique_ptr<IcuCollator> m_collator;
 };
 
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Text/RelativeTime.h"
 
+#include "Text/LocaleForms.h"
+
 #include <unicode/locid.h>
 #include <unicode/measfmt.h>
 #include <unicode/measunit.h>
@@ -30,12 +32,7 @@ std::int64_t elapsedSeconds(Date since, Date now)
     return static_cast<std::int64_t>(seconds);
 }
 
-enum class Unit {
-    second,
-    minute,
-    hour,
-    day,
-};
+using Unit = LocaleForms::Unit;
 
 struct Amount {
     std::int64_t value;
@@ -115,12 +112,16 @@ icu::Locale icuLocale(std::string_view identifier)
     return icu::Locale::createCanonical(name.c_str());
 }
 
+std::string writtenWith(const LocaleForms& forms, const std::vector<Amount>& parts)
+{
+    std::string text = forms.amount(parts.front().value, parts.front().unit);
+    if (parts.size() > 1)
+        text = forms.pair(text, forms.amount(parts.back().value, parts.back().unit));
+    return text;
 }
 
-std::string RelativeTime::text(Date since, Date now, std::string_view locale)
+std::string icuText(const std::vector<Amount>& parts, std::string_view locale)
 {
-    const std::vector<Amount> parts = amounts(elapsedSeconds(since, now));
-
     // Building a format reads the locale's data: each thread keeps the one it used last.
     thread_local std::string formatLocale;
     thread_local std::unique_ptr<icu::MeasureFormat> cachedFormat;
@@ -156,6 +157,17 @@ std::string RelativeTime::text(Date since, Date now, std::string_view locale)
     std::string result;
     formatted.toUTF8String(result);
     return result;
+}
+
+}
+
+std::string RelativeTime::text(Date since, Date now, std::string_view locale)
+{
+    const std::vector<Amount> parts = amounts(elapsedSeconds(since, now));
+    const std::string_view bare = locale.substr(0, locale.find('.'));
+    if (const LocaleForms* forms = LocaleForms::find(bare == "C" || bare == "POSIX" ? "" : locale))
+        return writtenWith(*forms, parts);
+    return icuText(parts, locale);
 }
 
 Date RelativeTime::nextChange(Date since, Date now)

@@ -9,7 +9,7 @@
 namespace quelm {
 
 // The live "time since" of a running item's detail line: the time elapsed since the start, in the locale's abbreviated units
-// (ICU), updated every second under one minute and every minute after that.
+// as ICU writes them, updated every second under one minute and every minute after that.
 //   under 1 minute: seconds                 "42 sec"
 //   under 1 hour:   minutes                 "5 min"
 //   under 1 day:    hours and minutes       "2 hr, 5 min" ("2 hr" on the hour)

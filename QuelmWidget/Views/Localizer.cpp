@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Views/Localizer.h"
 
+#include "Text/LocaleForms.h"
 #include "Text/LocalizationKeys.h"
 #include "Text/RelativeTime.h"
 #include "Views/BoundedCache.h"
@@ -105,11 +106,14 @@ std::string Localizer::number(long long value) const
 
 std::string Localizer::formatted(long long value) const
 {
+    const std::string locale = icuLocaleID(m_localization.locale);
+    if (const LocaleForms* forms = LocaleForms::find(locale))
+        return forms->number(value);
     // Each thread keeps the formatter of the locale it wrote numbers in last.
     thread_local std::string formatterLocale;
     thread_local std::optional<icu::number::LocalizedNumberFormatter> formatter;
     if (!formatter || formatterLocale != m_localization.locale) {
-        formatter = icu::number::NumberFormatter::withLocale(icu::Locale(icuLocaleID(m_localization.locale).c_str()));
+        formatter = icu::number::NumberFormatter::withLocale(icu::Locale(locale.c_str()));
         formatterLocale = m_localization.locale;
     }
     UErrorCode status = U_ZERO_ERROR;
