@@ -295,12 +295,28 @@ TEST_F(QuelmctlTest, HeartbeatEveryBeatsUntilTerminated)
         ASSERT_NE(second, "") << "no second beat";
         EXPECT_GT(std::stod(second), std::stod(first));
 
-        const auto signalled = std::chrono::steady_clock::now();
         beating.signal(signal);
-        const Result result = beating.finish(5s);
+        const Result result = beating.finish(60s);
         EXPECT_EQ(result.exitCode, 0) << "signal " << signal << ": " << result.err;
         EXPECT_EQ(result.err, "");
-        EXPECT_LT(std::chrono::steady_clock::now() - signalled, 1s) << "ends at once, not at the next beat";
+    }
+}
+
+TEST_F(QuelmctlTest, HeartbeatEveryEndsOnASignalWithoutWaitingForTheNextBeat)
+{
+    fs::create_directories(root);
+    for (int signal : { SIGTERM, SIGINT }) {
+        fs::remove(root / "heartbeat");
+        // The next beat is 85 s away: ending within the minute that `finish` waits shows that the
+        // signal, not the beat, ended it.
+        Child beating(withRoot({ "heartbeat", "--every", "85" }));
+        for (int i = 0; i < 3000 && !fs::exists(root / "heartbeat"); ++i)
+            std::this_thread::sleep_for(20ms);
+        ASSERT_TRUE(fs::exists(root / "heartbeat")) << "no first beat";
+        beating.signal(signal);
+        const Result result = beating.finish(60s);
+        EXPECT_EQ(result.exitCode, 0) << "signal " << signal << ": " << result.err;
+        EXPECT_EQ(result.err, "");
     }
 }
 
@@ -793,17 +809,17 @@ TEST_F(QuelmctlContainerTest, ToggleThatCannotWriteExitsOneAndMarksNothing)
     EXPECT_FALSE(fs::exists(container / "pending.json"));
 }
 
-TEST_F(QuelmctlContainerTest, WatchPrintsAToggledCommandWithinASecond)
+TEST_F(QuelmctlContainerTest, WatchPrintsAToggledCommandWhenTheToggleWakesIt)
 {
     const WidgetCommand ready = command("ready", WidgetCommand::Action::stop, 1795384600);
     auto watch = startWatch({ "watch", "--json" }, containerStore, ready);
 
+    // A watch takes commands only when woken, never on a timer: a command it prints came by a
+    // wake-up. How fast a wake-up arrives is for NotificationBench to measure.
     const Result toggle = run({ "toggle", "x", "--start" }, {}, environment());
     ASSERT_EQ(toggle.exitCode, 0) << toggle.err;
-    const auto toggled = std::chrono::steady_clock::now();
-    const auto line = watch->readLine(1s);
-    ASSERT_TRUE(line.has_value()) << "the watcher did not print the command within one second";
-    EXPECT_LT(std::chrono::steady_clock::now() - toggled, 1s);
+    const auto line = watch->readLine(30s);
+    ASSERT_TRUE(line.has_value()) << "the toggle did not wake the watcher";
     const WidgetCommand printed = decode<WidgetCommand>(*line);
     EXPECT_EQ(printed.itemID, "x");
     EXPECT_EQ(printed.action, WidgetCommand::Action::start);
@@ -824,16 +840,14 @@ TEST_F(QuelmctlContainerTest, WatchPrintsReadableLinesAndEndsOnInterrupt)
 
     const Result toggle = run({ "toggle", "my api", "--stop" }, {}, environment());
     ASSERT_EQ(toggle.exitCode, 0) << toggle.err;
-    const auto line = watch->readLine(1s);
+    const auto line = watch->readLine(30s);
     ASSERT_TRUE(line.has_value());
     EXPECT_TRUE(std::regex_match(*line, std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z stop my api \([0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\))")))
         << *line;
 
-    const auto interrupted = std::chrono::steady_clock::now();
     watch->signal(SIGINT);
-    const Result result = watch->finish(5s);
+    const Result result = watch->finish(60s);
     EXPECT_EQ(result.exitCode, 0) << result.err;
-    EXPECT_LT(std::chrono::steady_clock::now() - interrupted, 1s);
 }
 
 TEST_F(QuelmctlContainerTest, WatchFirstReadableLineIsTheCommandWaitingAtStart)
@@ -891,7 +905,7 @@ TEST_F(QuelmctlContainerTest, WatchTakesEveryCommandOfTogglesRacingItsDrains)
 
     std::multiset<std::string> received;
     while (received.size() < count) {
-        const auto line = watch->readLine(2s);
+        const auto line = watch->readLine(30s);
         if (!line)
             break;
         received.insert(decode<WidgetCommand>(*line).itemID);
@@ -920,7 +934,7 @@ TEST_F(QuelmctlContainerTest, WatchExecRunsTheCommandOncePerCommandWithItsEnviro
 
     const WidgetCommand third = command("web", WidgetCommand::Action::start, 1795384612.5);
     deliver(root, third);
-    EXPECT_EQ(watch.readLine(1s), "web|start|" + third.id.string() + "|1795384612.5");
+    EXPECT_EQ(watch.readLine(30s), "web|start|" + third.id.string() + "|1795384612.5");
 
     watch.signal(SIGTERM);
     const Result result = watch.finish(5s);
