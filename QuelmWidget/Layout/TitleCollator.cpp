@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Layout/TitleCollator.h"
 
-#include "Layout/AsciiCollation.h"
+#include "Layout/LatinCollation.h"
 
 #include <unicode/coll.h>
 #include <unicode/locid.h>
@@ -25,8 +25,9 @@ std::string icuLocaleID(std::string_view posixName)
     return std::string(name);
 }
 
-// Locales that collate ASCII exactly as the root does: no tailoring of theirs touches it.
-bool collatesAsciiAsTheRoot(const std::string& localeID)
+// Locales that collate ASCII and Latin-1's accented letters exactly as the root does: no
+// tailoring of theirs touches them.
+bool collatesLatinAsTheRoot(const std::string& localeID)
 {
     static constexpr std::array<std::string_view, 9> locales { "", "en", "en_US", "en_GB", "en_CA", "en_AU", "pt", "pt_BR", "pt_PT" };
     return std::find(locales.begin(), locales.end(), localeID) != locales.end();
@@ -79,7 +80,7 @@ std::unique_ptr<icu::Collator> makeCollator(const std::string& localeID)
 
 TitleCollator::TitleCollator(std::string_view localeName)
     : m_localeID(icuLocaleID(localeName))
-    , m_asciiAsTheRoot(collatesAsciiAsTheRoot(m_localeID))
+    , m_latinAsTheRoot(collatesLatinAsTheRoot(m_localeID))
 {
 }
 
@@ -121,8 +122,8 @@ int TitleCollator::compare(std::string_view a, std::string_view b) const
     const std::string_view headA = detail::collatedHead(a);
     const std::string_view headB = detail::collatedHead(b);
     std::optional<int> order;
-    if (m_asciiAsTheRoot)
-        order = detail::asciiCollation(headA, headB);
+    if (m_latinAsTheRoot)
+        order = detail::latinCollation(headA, headB);
     if (!order) {
         const icu::Collator* collator = icuCollator().collator.get();
         if (!collator) // no collation data at all: plain byte order

@@ -11,8 +11,9 @@ namespace quelm {
 
 // How item titles are compared, as a person sorts names in a file manager: an ICU collator for
 // the user's locale at secondary strength (case-insensitive, accent-sensitive) with numeric
-// collation on, so that "svc 2" comes before "svc 10". ASCII titles in a locale that orders ASCII
-// as the root does are compared without ICU, to the same result.
+// collation on, so that "svc 2" comes before "svc 10". Titles in ASCII and Latin-1's accented
+// letters, in a locale that orders those as the root does, are compared without ICU, to the same
+// result.
 //
 // A TitleCollator is immutable once built; its const operations may be used from several threads
 // at once (ICU's const collator API is thread-safe). `current()` hands each thread its own
@@ -54,7 +55,7 @@ private:
     const IcuCollator& icuCollator() const;
 
     std::string m_localeID;
-    bool m_asciiAsTheRoot;
+    bool m_latinAsTheRoot;
     mutable std::once_flag m_icuBuilt;
     mutable std::unique_ptr<IcuCollator> m_collator;
 };
