@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Text/RelativeTime.h"
 
+#include "Text/IcuMeasureUnit.h"
 #include "Text/LocaleForms.h"
 
 #include <unicode/locid.h>
 #include <unicode/measfmt.h>
-#include <unicode/measunit.h>
 #include <unicode/measure.h>
 #include <unicode/unistr.h>
 
@@ -58,21 +58,6 @@ std::vector<Amount> amounts(std::int64_t elapsed)
     return result;
 }
 
-icu::MeasureUnit* createUnit(Unit unit, UErrorCode& status)
-{
-    switch (unit) {
-    case Unit::second:
-        return icu::MeasureUnit::createSecond(status);
-    case Unit::minute:
-        return icu::MeasureUnit::createMinute(status);
-    case Unit::hour:
-        return icu::MeasureUnit::createHour(status);
-    case Unit::day:
-        break;
-    }
-    return icu::MeasureUnit::createDay(status);
-}
-
 std::string_view fallbackUnitName(Unit unit)
 {
     switch (unit) {
@@ -99,9 +84,10 @@ std::string fallbackText(const std::vector<Amount>& parts)
     return text;
 }
 
-icu::Locale icuLocale(std::string_view identifier)
+// The ICU locale id of a POSIX name or BCP 47 tag: "pt_BR.UTF-8" and "pt-BR" → "pt_BR"; "C" and
+// "POSIX" → "", the root.
+std::string icuLocaleID(std::string_view identifier)
 {
-    // POSIX names carry an encoding and modifier ("pt_BR.UTF-8@euro"); BCP 47 tags use '-'.
     std::string name(identifier.substr(0, identifier.find('.')));
     if (name == "C" || name == "POSIX")
         name.clear();
@@ -109,7 +95,7 @@ icu::Locale icuLocale(std::string_view identifier)
         if (c == '-')
             c = '_';
     }
-    return icu::Locale::createCanonical(name.c_str());
+    return name;
 }
 
 std::string writtenWith(const LocaleForms& forms, const std::vector<Amount>& parts)
@@ -120,26 +106,26 @@ std::string writtenWith(const LocaleForms& forms, const std::vector<Amount>& par
     return text;
 }
 
-std::string icuText(const std::vector<Amount>& parts, std::string_view locale)
+std::string icuText(const std::vector<Amount>& parts, const std::string& localeID)
 {
     // Building a format reads the locale's data: each thread keeps the one it used last.
     thread_local std::string formatLocale;
     thread_local std::unique_ptr<icu::MeasureFormat> cachedFormat;
     UErrorCode status = U_ZERO_ERROR;
-    if (!cachedFormat || formatLocale != locale) {
+    if (!cachedFormat || formatLocale != localeID) {
         cachedFormat.reset();
-        auto made = std::make_unique<icu::MeasureFormat>(icuLocale(locale), UMEASFMT_WIDTH_SHORT, status);
+        auto made = std::make_unique<icu::MeasureFormat>(icu::Locale::createCanonical(localeID.c_str()), UMEASFMT_WIDTH_SHORT, status);
         if (U_FAILURE(status))
             return fallbackText(parts);
         cachedFormat = std::move(made);
-        formatLocale = std::string(locale);
+        formatLocale = localeID;
     }
     const icu::MeasureFormat& format = *cachedFormat;
 
     std::vector<icu::Measure> measures;
     measures.reserve(parts.size());
     for (const Amount& part : parts) {
-        icu::MeasureUnit* unit = createUnit(part.unit, status); // adopted by the Measure
+        icu::MeasureUnit* unit = detail::icuMeasureUnit(part.unit, status); // adopted by the Measure
         if (U_FAILURE(status)) {
             delete unit;
             return fallbackText(parts);
@@ -164,10 +150,10 @@ std::string icuText(const std::vector<Amount>& parts, std::string_view locale)
 std::string RelativeTime::text(Date since, Date now, std::string_view locale)
 {
     const std::vector<Amount> parts = amounts(elapsedSeconds(since, now));
-    const std::string_view bare = locale.substr(0, locale.find('.'));
-    if (const LocaleForms* forms = LocaleForms::find(bare == "C" || bare == "POSIX" ? "" : locale))
+    const std::string localeID = icuLocaleID(locale);
+    if (const LocaleForms* forms = LocaleForms::find(localeID))
         return writtenWith(*forms, parts);
-    return icuText(parts, locale);
+    return icuText(parts, localeID);
 }
 
 Date RelativeTime::nextChange(Date since, Date now)

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The widget's own spelling of numbers and amounts of time must be ICU's, letter for letter: each
 // form is checked here against ICU itself.
+#include "Text/IcuMeasureUnit.h"
 #include "Text/LocaleForms.h"
 #include "Text/RelativeTime.h"
 
 #include <unicode/locid.h>
 #include <unicode/measfmt.h>
-#include <unicode/measunit.h>
 #include <unicode/measure.h>
 #include <unicode/numberformatter.h>
 #include <unicode/unistr.h>
@@ -49,28 +49,13 @@ std::string icuNumber(const std::string& locale, long long value)
     return text;
 }
 
-icu::MeasureUnit* icuUnit(Unit unit, UErrorCode& status)
-{
-    switch (unit) {
-    case Unit::second:
-        return icu::MeasureUnit::createSecond(status);
-    case Unit::minute:
-        return icu::MeasureUnit::createMinute(status);
-    case Unit::hour:
-        return icu::MeasureUnit::createHour(status);
-    case Unit::day:
-        break;
-    }
-    return icu::MeasureUnit::createDay(status);
-}
-
 std::string icuAmounts(const std::string& locale, const std::vector<std::pair<long long, Unit>>& amounts)
 {
     UErrorCode status = U_ZERO_ERROR;
     const icu::MeasureFormat format(icu::Locale(locale.c_str()), UMEASFMT_WIDTH_SHORT, status);
     std::vector<icu::Measure> measures;
     for (const auto& [value, unit] : amounts)
-        measures.emplace_back(icu::Formattable(static_cast<int64_t>(value)), icuUnit(unit, status), status);
+        measures.emplace_back(icu::Formattable(static_cast<int64_t>(value)), detail::icuMeasureUnit(unit, status), status);
     icu::UnicodeString text;
     icu::FieldPosition position(icu::FieldPosition::DONT_CARE);
     format.formatMeasures(measures.data(), static_cast<int32_t>(measures.size()), text, position, status);
