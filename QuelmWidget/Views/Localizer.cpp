@@ -35,6 +35,16 @@ std::string icuLocaleID(std::string_view name)
     return id;
 }
 
+// The key under which `value`, as written in `locale`, is kept between renders.
+template<typename Value>
+std::string writtenKey(const std::string& locale, Value value)
+{
+    std::string key = locale;
+    key.push_back('\0');
+    key.append(reinterpret_cast<const char*>(&value), sizeof value);
+    return key;
+}
+
 // The language part of a locale name: "en" of "en_GB.UTF-8".
 std::string languageOf(std::string_view locale)
 {
@@ -98,10 +108,7 @@ std::string Localizer::number(long long value) const
 {
     // Formatting a number takes longer than laying out its row; renders show the same few again.
     static BoundedCache<std::string, std::string> written(256);
-    std::string key = m_localization.locale;
-    key.push_back('\0');
-    key.append(reinterpret_cast<const char*>(&value), sizeof value);
-    return written.get(key, [&] { return formatted(value); });
+    return written.get(writtenKey(m_localization.locale, value), [&] { return formatted(value); });
 }
 
 std::string Localizer::formatted(long long value) const
@@ -134,10 +141,7 @@ std::string Localizer::relativeTime(Date since, Date now) const
     // The text follows the whole seconds elapsed; rows started together show the same one.
     static BoundedCache<std::string, std::string> written(256);
     const double elapsed = std::floor(now.secondsSince(since));
-    std::string key = m_localization.locale;
-    key.push_back('\0');
-    key.append(reinterpret_cast<const char*>(&elapsed), sizeof elapsed);
-    return written.get(key, [&] { return RelativeTime::text(since, now, m_localization.locale); });
+    return written.get(writtenKey(m_localization.locale, elapsed), [&] { return RelativeTime::text(since, now, m_localization.locale); });
 }
 
 LocalizedText::Translate Localizer::translator() const
