@@ -9,6 +9,7 @@
 #include <QImage>
 #include <QPainter>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,8 @@ namespace {
 
 class TextCachesTest : public ViewsTest { };
 
-QImage drawnLine(const views::Typography& typography, const std::string& text, const Font& font)
+// A line of white text on a transparent image, drawn by `draw`.
+QImage lineImage(const std::function<void(QImage&, QPainter&)>& draw)
 {
     QImage image(240, 40, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
@@ -29,9 +31,14 @@ QImage drawnLine(const views::Typography& typography, const std::string& text, c
     QPainter painter(&image);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
     painter.setPen(Qt::white);
-    typography.drawLine(painter, QPointF(4, 28), text, font);
+    draw(image, painter);
     painter.end();
     return image;
+}
+
+QImage drawnLine(const views::Typography& typography, const std::string& text, const Font& font)
+{
+    return lineImage([&](QImage&, QPainter& painter) { typography.drawLine(painter, QPointF(4, 28), text, font); });
 }
 
 }
@@ -81,18 +88,11 @@ TEST_F(TextCachesTest, AShapedLineIsDrawnAsQtDrawsItsText)
     const Font font { 13, FontWeight::semibold };
     const std::string text = "my-api (dev) · 3000 Ωλ";
 
-    QImage expected(240, 40, QImage::Format_ARGB32_Premultiplied);
-    expected.fill(Qt::transparent);
-    views::Typography::makePointSized(expected);
-    QPainter painter(&expected);
-    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-    painter.setPen(Qt::white);
-    painter.setFont(typography.font(font, expected));
-    painter.drawText(QPointF(4, 28), QString::fromStdString(text));
-    painter.end();
-    QImage blank(expected.size(), expected.format());
-    blank.fill(Qt::transparent);
-    ASSERT_NE(expected, blank) << "Qt drew nothing to compare with";
+    const QImage expected = lineImage([&](QImage& image, QPainter& painter) {
+        painter.setFont(typography.font(font, image));
+        painter.drawText(QPointF(4, 28), QString::fromStdString(text));
+    });
+    ASSERT_NE(expected, lineImage([](QImage&, QPainter&) { })) << "Qt drew nothing to compare with";
 
     const QImage first = drawnLine(typography, text, font);
     EXPECT_EQ(first, expected);
